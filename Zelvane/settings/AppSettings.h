@@ -1,0 +1,156 @@
+#pragma once
+
+#include "settings/AIProvider.h"
+#include "settings/KeyChord.h"
+#include "settings/LanguagePair.h"
+#include "settings/SecretStore.h"
+#include "settings/UserDefaults.h"
+
+#include <QHash>
+#include <QObject>
+#include <QProperty>
+
+#include <optional>
+
+namespace zelvane {
+
+/// The language of the interface. `system` follows the platform's choice.
+enum class AppLanguage {
+    system,
+    english,
+    russian,
+    chineseSimplified,
+    spanish,
+    hindi,
+    german,
+    french,
+};
+
+/// How large the translation window and the result popup are. The points are each window's own.
+enum class TranslationWindowSize {
+    extraSmall,
+    small,
+    medium,
+    large,
+    extraLarge,
+};
+
+/// The prompt template of a new installation, and of a pair whose own prompt is left blank.
+[[nodiscard]] const QString& defaultPromptTemplate();
+
+/// Every setting of the program, observable, each written through to the store when it is set.
+///
+/// Main thread only. Nothing here fails: a value that can't be read takes its default.
+class AppSettings final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Loads, and moves what older versions stored. `defaults` and `secrets` must outlive this
+    /// object. `systemLanguage` is the name of the user's language, "English (US)" if none fits.
+    AppSettings(UserDefaults& defaults, SecretStore& secrets, QString systemLanguage);
+    ~AppSettings() override;
+
+    [[nodiscard]] AIProvider provider() const { return m_provider; }
+    /// The key and the model of the new provider follow in a later turn of the event loop.
+    void setProvider(AIProvider provider);
+    [[nodiscard]] QBindable<AIProvider> bindableProvider() const { return &m_provider; }
+
+    [[nodiscard]] QString model() const { return m_model; }
+    void setModel(const QString& model);
+    [[nodiscard]] QBindable<QString> bindableModel() const { return &m_model; }
+
+    [[nodiscard]] QString promptTemplate() const { return m_promptTemplate; }
+    void setPromptTemplate(const QString& promptTemplate);
+    [[nodiscard]] QBindable<QString> bindablePromptTemplate() const { return &m_promptTemplate; }
+
+    [[nodiscard]] QList<LanguagePair> pairs() const { return m_pairs; }
+    void setPairs(const QList<LanguagePair>& pairs);
+    [[nodiscard]] QBindable<QList<LanguagePair>> bindablePairs() const { return &m_pairs; }
+    [[nodiscard]] QList<LanguagePair> enabledPairs() const;
+    /// Appends a new pair from any language to English, unless there are already ten.
+    void addPair();
+    void removePair(const QUuid& id);
+
+    /// The key of the current provider as the user edits it: kept in memory until `saveKey`.
+    [[nodiscard]] QString apiKey() const { return m_apiKey; }
+    void setApiKey(const QString& key);
+    [[nodiscard]] QBindable<QString> bindableApiKey() const { return &m_apiKey; }
+    /// Whether the trimmed key now stands in the secret store.
+    [[nodiscard]] bool saveKey();
+    /// Deletes the provider's key from the secret store.
+    void clearKey(AIProvider provider);
+
+    [[nodiscard]] bool autoReplace() const { return m_autoReplace; }
+    void setAutoReplace(bool on);
+    [[nodiscard]] QBindable<bool> bindableAutoReplace() const { return &m_autoReplace; }
+
+    [[nodiscard]] bool doubleHotKeyWindow() const { return m_doubleHotKeyWindow; }
+    void setDoubleHotKeyWindow(bool on);
+    [[nodiscard]] QBindable<bool> bindableDoubleHotKeyWindow() const
+    {
+        return &m_doubleHotKeyWindow;
+    }
+
+    [[nodiscard]] bool optionRightClickMenu() const { return m_optionRightClickMenu; }
+    void setOptionRightClickMenu(bool on);
+    [[nodiscard]] QBindable<bool> bindableOptionRightClickMenu() const
+    {
+        return &m_optionRightClickMenu;
+    }
+
+    /// Whether the user works with keys of their own.
+    [[nodiscard]] bool useOwnAI() const { return m_useOwnAI; }
+    void setUseOwnAI(bool on);
+    [[nodiscard]] QBindable<bool> bindableUseOwnAI() const { return &m_useOwnAI; }
+
+    [[nodiscard]] std::optional<KeyChord> manualTranslationHotKey() const
+    {
+        return m_manualTranslationHotKey;
+    }
+    void setManualTranslationHotKey(const std::optional<KeyChord>& chord);
+    [[nodiscard]] QBindable<std::optional<KeyChord>> bindableManualTranslationHotKey() const
+    {
+        return &m_manualTranslationHotKey;
+    }
+
+    [[nodiscard]] TranslationWindowSize manualWindowSize() const { return m_manualWindowSize; }
+    void setManualWindowSize(TranslationWindowSize size);
+    [[nodiscard]] QBindable<TranslationWindowSize> bindableManualWindowSize() const
+    {
+        return &m_manualWindowSize;
+    }
+
+    [[nodiscard]] TranslationWindowSize resultWindowSize() const { return m_resultWindowSize; }
+    void setResultWindowSize(TranslationWindowSize size);
+    [[nodiscard]] QBindable<TranslationWindowSize> bindableResultWindowSize() const
+    {
+        return &m_resultWindowSize;
+    }
+
+    [[nodiscard]] AppLanguage appLanguage() const { return m_appLanguage; }
+    void setAppLanguage(AppLanguage language);
+    [[nodiscard]] QBindable<AppLanguage> bindableAppLanguage() const { return &m_appLanguage; }
+
+    [[nodiscard]] bool hasSeenOnboarding() const { return m_hasSeenOnboarding; }
+    void setHasSeenOnboarding(bool seen);
+    [[nodiscard]] QBindable<bool> bindableHasSeenOnboarding() const { return &m_hasSeenOnboarding; }
+
+    [[nodiscard]] QString cloudflareWorkerURL() const { return m_cloudflareWorkerURL; }
+    void setCloudflareWorkerURL(const QString& url);
+    [[nodiscard]] QBindable<QString> bindableCloudflareWorkerURL() const
+    {
+        return &m_cloudflareWorkerURL;
+    }
+
+    [[nodiscard]] QString cloudflareAccessToken() const { return m_cloudflareAccessToken; }
+
+Q_SIGNALS:
+    /// The provider has changed for good: every offline engine is to stop, but the new provider's.
+    void providerSwitched(zelvane::AIProvider provider);
+
+private:
+    // (the implementer's own)
+};
+
+} // namespace zelvane

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "settings/AIProvider.h"
+#include "settings/SecretBackend.h"
+#include "settings/UserDefaults.h"
+
+#include <optional>
+
+namespace zelvane {
+
+/// Secrets by account, behind presence flags in the settings: the platform's store, whose every
+/// access may raise a dialog, is asked only if the flag says that there is something to fetch.
+class SecretStore
+{
+public:
+    /// Both must outlive this object.
+    SecretStore(UserDefaults& defaults, SecretBackend& backend);
+
+    /// The secret, or none if there is none, the store refuses, or it isn't UTF-8.
+    [[nodiscard]] std::optional<QString> read(const QString& account);
+
+    /// Stores `value`; the empty string deletes. False if the platform's store did not take it.
+    [[nodiscard]] bool write(const QString& value, const QString& account);
+
+    /// Sets the flags of accounts that an installation from before the flags may have used, once.
+    void migratePresence(AIProvider provider, bool useOwnAI);
+
+private:
+    UserDefaults& m_defaults;
+    SecretBackend& m_backend;
+};
+
+/// The account of a provider's key.
+[[nodiscard]] QString apiKeyAccount(AIProvider provider);
+
+} // namespace zelvane

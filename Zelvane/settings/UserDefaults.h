@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <variant>
+
+namespace zelvane {
+
+/// A stored setting with its type.
+using DefaultsValue = std::variant<bool, qint64, double, QString, QByteArray>;
+
+/// The persistent settings of one user, by key.
+///
+/// Reads never touch the disk. Writes are visible to reads at once and reach the disk without
+/// holding up the caller. Callable from any thread.
+class UserDefaults
+{
+public:
+    UserDefaults() = default;
+    virtual ~UserDefaults() = default;
+    Q_DISABLE_COPY_MOVE(UserDefaults)
+
+    [[nodiscard]] virtual std::optional<DefaultsValue> value(const QString& key) const = 0;
+    virtual void setValue(const QString& key, const DefaultsValue& value) = 0;
+    virtual void remove(const QString& key) = 0;
+    [[nodiscard]] virtual QStringList keys() const = 0;
+
+    /// The value if it is stored and of this type, else none.
+    [[nodiscard]] std::optional<QString> string(const QString& key) const;
+    [[nodiscard]] std::optional<bool> boolean(const QString& key) const;
+    [[nodiscard]] std::optional<QByteArray> data(const QString& key) const;
+    /// A stored double, or a stored integer as one.
+    [[nodiscard]] std::optional<double> number(const QString& key) const;
+};
+
+/// Settings that live in memory, over an optional read-only base: for one call of the command line,
+/// whose choices must not stay, and for tests.
+class OverlayUserDefaults final : public UserDefaults
+{
+public:
+    /// `base` may be null and must outlive this object.
+    explicit OverlayUserDefaults(const UserDefaults* base = nullptr);
+
+    [[nodiscard]] std::optional<DefaultsValue> value(const QString& key) const override;
+    void setValue(const QString& key, const DefaultsValue& value) override;
+    void remove(const QString& key) override;
+    [[nodiscard]] QStringList keys() const override;
+
+private:
+    const UserDefaults* m_base;
+    /// None marks a key that is removed here though the base has it.
+    QHash<QString, std::optional<DefaultsValue>> m_changes;
+};
+
+} // namespace zelvane
