@@ -1,0 +1,94 @@
+#include "support/TestRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <QString>
+#include <QtGlobal>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+constexpr auto testLimit = std::chrono::seconds(10);
+
+/// Ends the program if one test runs for too long: a hang must be a failure with a name.
+class Watchdog final : public ::testing::EmptyTestEventListener
+{
+public:
+    Watchdog()
+        : m_thread([this](const std::stop_token& stop) { watch(stop); })
+    {
+    }
+    ~Watchdog() override
+    {
+        m_thread.request_stop();
+        m_changed.notify_all();
+    }
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+
+    void OnTestStart(const ::testing::TestInfo& info) override
+    {
+        const std::scoped_lock lock(m_lock);
+        m_name = std::string(info.test_suite_name()) + "." + info.name();
+        ++m_generation;
+        m_changed.notify_all();
+    }
+    void OnTestEnd(const ::testing::TestInfo&) override
+    {
+        const std::scoped_lock lock(m_lock);
+        m_name.clear();
+        ++m_generation;
+        m_changed.notify_all();
+    }
+
+private:
+    void watch(const std::stop_token& stop)
+    {
+        std::unique_lock lock(m_lock);
+        while (!stop.stop_requested()) {
+            const auto generation = m_generation;
+            const bool changed = m_changed.wait_for(lock, testLimit, [&] {
+                return stop.stop_requested() || m_generation != generation;
+            });
+            if (!changed && !m_name.empty()) {
+                std::fprintf(stderr, "[  FAILED  ] %s: still running after 10 s\n", m_name.c_str());
+                std::fflush(stderr);
+                std::_Exit(70);
+            }
+        }
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::string m_name;
+    unsigned m_generation = 0;
+    std::jthread m_thread;
+};
+
+void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtWarningMsg || type == QtCriticalMsg || type == QtFatalMsg) {
+        ADD_FAILURE() << "unexpected Qt message: " << message.toStdString();
+    }
+    std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
+}
+
+} // namespace
+
+namespace zelvane::test {
+
+int runAllTests()
+{
+    qInstallMessageHandler(failOnWarning);
+    ::testing::UnitTest::GetInstance()->listeners().Append(new Watchdog); // owned by GoogleTest
+    return RUN_ALL_TESTS();
+}
+
+} // namespace zelvane::test
