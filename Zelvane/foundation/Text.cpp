@@ -56,6 +56,17 @@ bool isSpaceOrNewline(QChar c)
            c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph;
 }
 
+icu::UnicodeString toIcu(const QString& text)
+{
+    return icu::UnicodeString(reinterpret_cast<const UChar*>(text.utf16()),
+                              static_cast<int32_t>(text.size()));
+}
+
+QString fromIcu(const icu::UnicodeString& text)
+{
+    return QString(reinterpret_cast<const QChar*>(text.getBuffer()), text.length());
+}
+
 template <typename Predicate>
 QStringView trimmedBy(QStringView text, Predicate isTrimmed)
 {
@@ -108,6 +119,16 @@ QString trimmedWithinLine(const QString& text)
 bool isBlank(QStringView text)
 {
     return trimmedBy(text, isSpaceOrNewline).isEmpty();
+}
+
+QString lowerCased(const QString& text)
+{
+    return fromIcu(toIcu(text).toLower(icu::Locale::getRoot()));
+}
+
+QString upperCased(const QString& text)
+{
+    return fromIcu(toIcu(text).toUpper(icu::Locale::getRoot()));
 }
 
 } // namespace zelvane::text

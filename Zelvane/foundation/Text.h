@@ -22,4 +22,8 @@ namespace zelvane::text {
 /// True if nothing is left of `text` after `trimmed`.
 [[nodiscard]] bool isBlank(QStringView text);
 
+/// Case mapping by Unicode's full rules, the same in every locale.
+[[nodiscard]] QString lowerCased(const QString& text);
+[[nodiscard]] QString upperCased(const QString& text);
+
 } // namespace zelvane::text

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "settings/AIProvider.h"
+#include "settings/AppLanguage.h"
+#include "settings/FactorySettings.h"
 #include "settings/KeyChord.h"
 #include "settings/LanguagePair.h"
 #include "settings/SecretStore.h"
+#include "settings/TranslationWindowSize.h"
 #include "settings/UserDefaults.h"
 
 #include <QHash>
@@ -13,30 +16,6 @@
 #include <optional>
 
 namespace zelvane {
-
-/// The language of the interface. `system` follows the platform's choice.
-enum class AppLanguage {
-    system,
-    english,
-    russian,
-    chineseSimplified,
-    spanish,
-    hindi,
-    german,
-    french,
-};
-
-/// How large the translation window and the result popup are. The points are each window's own.
-enum class TranslationWindowSize {
-    extraSmall,
-    small,
-    medium,
-    large,
-    extraLarge,
-};
-
-/// The prompt template of a new installation, and of a pair whose own prompt is left blank.
-[[nodiscard]] const QString& defaultPromptTemplate();
 
 /// Every setting of the program, observable, each written through to the store when it is set.
 ///
@@ -143,6 +122,7 @@ public:
         return &m_cloudflareWorkerURL;
     }
 
+    /// A token that older versions stored. Read once, at the load.
     [[nodiscard]] QString cloudflareAccessToken() const { return m_cloudflareAccessToken; }
 
 Q_SIGNALS:
@@ -150,7 +130,42 @@ Q_SIGNALS:
     void providerSwitched(zelvane::AIProvider provider);
 
 private:
-    // (the implementer's own)
+    void load(const QString& systemLanguage);
+    void loadProvider();
+    void loadModel();
+    void loadPrompt();
+    void loadKey();
+    void loadPairs(const QString& systemLanguage);
+    void switchTo(AIProvider provider);
+
+    UserDefaults& m_defaults;
+    SecretStore& m_secrets;
+    /// What is known to stand in the secret store: a key that is already there is not written
+    /// again, since each write may raise a dialog.
+    QHash<QString, QString> m_lastPersistedAPIKeyByAccount;
+    /// Separates the load from use: some setters have effects that would undo the load.
+    bool m_isLoaded = false;
+
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, AIProvider, m_provider,
+                                         AIProvider::smartOffline)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_model)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_promptTemplate)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QList<LanguagePair>, m_pairs)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_apiKey)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_autoReplace, true)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_doubleHotKeyWindow, true)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_optionRightClickMenu, true)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_useOwnAI, false)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, std::optional<KeyChord>, m_manualTranslationHotKey)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, TranslationWindowSize, m_manualWindowSize,
+                                         TranslationWindowSize::medium)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, TranslationWindowSize, m_resultWindowSize,
+                                         TranslationWindowSize::medium)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, AppLanguage, m_appLanguage,
+                                         AppLanguage::system)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_hasSeenOnboarding, false)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_cloudflareWorkerURL)
+    QString m_cloudflareAccessToken;
 };
 
 } // namespace zelvane

@@ -33,6 +33,13 @@ inline constexpr qsizetype maximalPairCount = 10;
 /// The stored list, or none if any pair lacks a required member or has one of a wrong type.
 [[nodiscard]] std::optional<QList<LanguagePair>> decodePairs(const QByteArray& json);
 
+/// A new pair from any language to `target`, enabled, without a shortcut or a prompt of its own.
+[[nodiscard]] LanguagePair pairFromAnyLanguage(const QString& target);
+
+/// The pairs of a new installation: from any language to American English, and to the user's
+/// language where that is another.
+[[nodiscard]] QList<LanguagePair> defaultPairs(const QString& systemLanguage);
+
 /// The short codes of both languages with a hyphen between: "ANY-DE".
 [[nodiscard]] QString pairLabel(const LanguagePair& pair);
 

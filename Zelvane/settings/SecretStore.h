@@ -33,4 +33,10 @@ private:
 /// The account of a provider's key.
 [[nodiscard]] QString apiKeyAccount(AIProvider provider);
 
+/// The account of the one key of older versions.
+[[nodiscard]] QString legacyApiKeyAccount();
+
+/// The account of a token that older versions stored for the hosted service.
+[[nodiscard]] QString cloudflareAccessTokenAccount();
+
 } // namespace zelvane
