@@ -1,0 +1,200 @@
+#include "desktop/SelectionTranslation.h"
+
+#include "foundation/Text.h"
+#include "pipeline/TranslationError.h"
+
+namespace zelvane {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// Foreign programs answer copy and paste without telling when they are done. These waits are ample
+// for programs that answer at all, and short enough not to be felt.
+constexpr milliseconds copyWait{180};
+constexpr milliseconds prePasteWait{80};
+constexpr milliseconds postPasteWait{120};
+
+QString inMilliseconds(milliseconds duration)
+{
+    return QStringLiteral("%1 ms").arg(duration.count());
+}
+
+QString trueOrFalse(bool value)
+{
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+QString charactersOf(const QString& text)
+{
+    return QString::number(text::characterCount(text));
+}
+
+} // namespace
+
+QString caseName(TranslateOutputMode mode)
+{
+    switch (mode) {
+    case TranslateOutputMode::automatic:
+        return QStringLiteral("auto");
+    case TranslateOutputMode::autoAndWindow:
+        return QStringLiteral("autoAndWindow");
+    case TranslateOutputMode::windowOnly:
+        return QStringLiteral("windowOnly");
+    }
+    Q_UNREACHABLE();
+}
+
+SelectionTranslation::SelectionTranslation(const Parts& parts)
+    : m_parts(parts)
+{
+}
+
+QCoro::Task<TranslateSelectionResult>
+SelectionTranslation::translateSelection(LanguagePair pair, TranslateOutputMode mode,
+                                         bool autoReplace, std::stop_token stop)
+{
+    beginTrace(pair, mode, autoReplace);
+    requirePermission();
+    const PasteboardSnapshot saved = co_await backUpPasteboard();
+
+    TranslateSelectionResult result;
+    result.original = co_await copySelection(saved, stop);
+
+    const bool isStatic = co_await focusedElementIsStatic();
+    result.replaced = mode != TranslateOutputMode::windowOnly && autoReplace && !isStatic;
+    result.showWindow = mode == TranslateOutputMode::autoAndWindow || !result.replaced;
+    markOutcome(result);
+
+    result.translated = co_await translate(result.original, pair, saved, stop);
+    if (result.replaced && !co_await paste(result.translated, saved, stop)) {
+        // Nobody is left to take the paste: the popup keeps the translation from being lost.
+        result.replaced = false;
+        result.showWindow = true;
+        markOutcome(result);
+    }
+    m_parts.pasteboard.restore(saved);
+    m_parts.trace.mark(QStringLiteral("pasteboard restored"));
+    m_parts.trace.mark(QStringLiteral("done"));
+    result.diagnostics = m_parts.trace.report();
+    co_return result;
+}
+
+void SelectionTranslation::beginTrace(const LanguagePair& pair, TranslateOutputMode mode,
+                                      bool autoReplace)
+{
+    const AIProvider provider = m_parts.settings.provider();
+    const QString model = m_parts.settings.model();
+    m_parts.trace.begin({
+        {QStringLiteral("provider"), rawValue(provider)},
+        {QStringLiteral("model"), model.isEmpty() ? defaultModel(provider) : model},
+        {QStringLiteral("pair"), pairLabel(pair)},
+        {QStringLiteral("mode"), caseName(mode)},
+        {QStringLiteral("autoReplace"), trueOrFalse(autoReplace)},
+    });
+}
+
+void SelectionTranslation::requirePermission()
+{
+    if (!m_parts.permission.isEffectivelyTrusted()) {
+        m_parts.trace.mark(QStringLiteral("accessibility denied"));
+        m_parts.permission.requestPrompt();
+        throw TranslationError(TranslationError::Code::accessibilityDenied);
+    }
+    m_parts.trace.mark(QStringLiteral("accessibility ok"));
+}
+
+QCoro::Task<PasteboardSnapshot> SelectionTranslation::backUpPasteboard()
+{
+    PasteboardSnapshot saved;
+    try {
+        saved = co_await m_parts.pasteboard.snapshot();
+    } catch (const PasteboardError& error) {
+        // Going on would replace a clipboard that could not be put back.
+        m_parts.trace.mark(QStringLiteral("error"), error.description());
+        throw;
+    }
+    m_parts.trace.mark(QStringLiteral("pasteboard backed up"));
+    co_return saved;
+}
+
+QCoro::Task<QString> SelectionTranslation::copySelection(PasteboardSnapshot saved,
+                                                         std::stop_token stop)
+{
+    // Emptied first, so that only what arrives in answer to our own keys counts as the selection.
+    m_parts.pasteboard.clear();
+    co_await m_parts.keystrokes.postCommandKey(CommandKey::copy);
+    m_parts.trace.mark(QStringLiteral("Cmd+C posted"));
+    co_await m_parts.clock.sleep(copyWait, stop);
+    m_parts.trace.mark(QStringLiteral("Cmd+C wait done"), inMilliseconds(copyWait));
+
+    const std::optional<QString> copied = co_await m_parts.pasteboard.string();
+    const QString selection = text::trimmed(copied.value_or(QString()));
+    if (selection.isEmpty()) {
+        m_parts.pasteboard.restore(saved);
+        m_parts.trace.mark(QStringLiteral("selection empty"));
+        throw TranslationError(TranslationError::Code::emptyText);
+    }
+    const QString characters = charactersOf(selection);
+    m_parts.trace.setMeta(QStringLiteral("chars"), characters);
+    m_parts.trace.mark(QStringLiteral("selection read"), characters + QStringLiteral(" chars"));
+    co_return selection;
+}
+
+QCoro::Task<bool> SelectionTranslation::focusedElementIsStatic()
+{
+    const std::optional<FocusedElement> element = co_await m_parts.focus.focusedElement();
+    const bool staticElement = isStatic(element);
+    m_parts.trace.mark(QStringLiteral("editable detect"),
+                       staticElement ? QStringLiteral("static") : QStringLiteral("editable"));
+    co_return staticElement;
+}
+
+QCoro::Task<QString> SelectionTranslation::translate(QString text, LanguagePair pair,
+                                                     PasteboardSnapshot saved, std::stop_token stop)
+{
+    m_parts.trace.mark(QStringLiteral("API begin"));
+    QString translation;
+    try {
+        translation = co_await m_parts.translator.translateText(text, pair, stop);
+    } catch (...) {
+        m_parts.pasteboard.restore(saved);
+        m_parts.trace.mark(QStringLiteral("error"), describe(std::current_exception()));
+        throw;
+    }
+    m_parts.trace.mark(QStringLiteral("API end"),
+                       charactersOf(translation) + QStringLiteral(" chars"));
+    co_return translation;
+}
+
+QCoro::Task<bool> SelectionTranslation::paste(QString translation, PasteboardSnapshot saved,
+                                              std::stop_token stop)
+{
+    try {
+        m_parts.pasteboard.clear();
+        m_parts.pasteboard.setString(translation);
+        co_await m_parts.clock.sleep(prePasteWait, stop);
+        m_parts.trace.mark(QStringLiteral("pre-paste wait done"), inMilliseconds(prePasteWait));
+        const PostResult posted = co_await m_parts.keystrokes.postCommandKey(CommandKey::paste);
+        if (posted == PostResult::targetGone) {
+            m_parts.trace.mark(QStringLiteral("paste target gone"));
+            co_return false;
+        }
+        m_parts.trace.mark(QStringLiteral("Cmd+V posted"));
+        co_await m_parts.clock.sleep(postPasteWait, stop);
+        m_parts.trace.mark(QStringLiteral("post-paste wait done"), inMilliseconds(postPasteWait));
+    } catch (...) {
+        m_parts.pasteboard.restore(saved);
+        m_parts.trace.mark(QStringLiteral("error"), describe(std::current_exception()));
+        throw;
+    }
+    co_return true;
+}
+
+void SelectionTranslation::markOutcome(const TranslateSelectionResult& result)
+{
+    m_parts.trace.setMeta(QStringLiteral("replaced"), trueOrFalse(result.replaced));
+    m_parts.trace.setMeta(QStringLiteral("showWindow"), trueOrFalse(result.showWindow));
+}
+
+} // namespace zelvane
