@@ -1,6 +1,10 @@
 #include "foundation/Text.h"
 
 #include <unicode/brkiter.h>
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include <memory>
@@ -67,6 +71,12 @@ QString fromIcu(const icu::UnicodeString& text)
     return QString(reinterpret_cast<const QChar*>(text.getBuffer()), text.length());
 }
 
+icu::Locale toIcu(const QLocale& locale)
+{
+    UErrorCode status = U_ZERO_ERROR; // a failure leaves the root locale
+    return icu::Locale::forLanguageTag(locale.bcp47Name().toStdString(), status);
+}
+
 template <typename Predicate>
 QStringView trimmedBy(QStringView text, Predicate isTrimmed)
 {
@@ -129,6 +139,46 @@ QString lowerCased(const QString& text)
 QString upperCased(const QString& text)
 {
     return fromIcu(toIcu(text).toUpper(icu::Locale::getRoot()));
+}
+
+QString withFirstUpperCased(const QString& text, const QLocale& locale)
+{
+    const QString first = firstCharacters(text, 1);
+    return fromIcu(toIcu(first).toUpper(toIcu(locale))) + text.sliced(first.size());
+}
+
+bool isLowercase(char32_t codePoint)
+{
+    return u_isULowercase(static_cast<UChar32>(codePoint)) != 0;
+}
+
+QString composed(const QString& text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* normalizer = icu::Normalizer2::getNFCInstance(status);
+    const icu::UnicodeString result = normalizer->normalize(toIcu(text), status);
+    return U_SUCCESS(status) ? fromIcu(result) : text;
+}
+
+std::weak_ordering naturalOrder(const QString& left, const QString& right, const QLocale& locale)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::Collator> collator(
+        icu::Collator::createInstance(toIcu(locale), status));
+    if (U_FAILURE(status)) {
+        return left.compare(right) <=> 0;
+    }
+    collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    return collator->compare(toIcu(left), toIcu(right), status) <=> 0;
+}
+
+QString languageName(const QString& languageCode, const QLocale& locale)
+{
+    const std::string code = languageCode.toStdString();
+    icu::UnicodeString name;
+    icu::Locale(code.c_str()).getDisplayLanguage(toIcu(locale), name);
+    const QString text = fromIcu(name);
+    return text == languageCode ? QString() : text; // ICU hands back codes without a name
 }
 
 } // namespace zelvane::text

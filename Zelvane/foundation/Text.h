@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QLocale>
 #include <QString>
+
+#include <compare>
 
 /// Unicode as the program counts and cuts it. "Characters" are what a reader perceives as one:
 /// extended grapheme clusters (UAX #29), with the data of ICU.
@@ -25,5 +28,23 @@ namespace zelvane::text {
 /// Case mapping by Unicode's full rules, the same in every locale.
 [[nodiscard]] QString lowerCased(const QString& text);
 [[nodiscard]] QString upperCased(const QString& text);
+
+/// `text` with its first user-perceived character in upper case, by the rules of `locale`.
+[[nodiscard]] QString withFirstUpperCased(const QString& text, const QLocale& locale);
+
+/// Whether the code point has Unicode's Lowercase property.
+[[nodiscard]] bool isLowercase(char32_t codePoint);
+
+/// Unicode's canonical composition (NFC).
+[[nodiscard]] QString composed(const QString& text);
+
+/// How a list for readers is ordered: by the rules of `locale`, digits by their value ("2" before
+/// "10"). Equal only for texts that the rules don't tell apart.
+[[nodiscard]] std::weak_ordering naturalOrder(const QString& left, const QString& right,
+                                              const QLocale& locale);
+
+/// What speakers of `locale` call the language of a code such as "de"; empty if they have no name
+/// for it.
+[[nodiscard]] QString languageName(const QString& languageCode, const QLocale& locale);
 
 } // namespace zelvane::text

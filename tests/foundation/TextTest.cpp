@@ -64,5 +64,72 @@ TEST(Text, blankMeansNothingButSpacesAndNewlines)
     EXPECT_FALSE(text::isBlank(QStringLiteral(" . ")));
 }
 
+TEST(Text, mapsCaseByTheFullRulesInEveryLocale)
+{
+    EXPECT_EQ(text::lowerCased(QStringLiteral("ÄΟΣ Iİ")), QStringLiteral("äος ii\u0307"));
+    EXPECT_EQ(text::upperCased(QStringLiteral("straße ı ﬁ")), QStringLiteral("STRASSE I FI"));
+    EXPECT_EQ(text::lowerCased(QString()), QString());
+}
+
+TEST(Text, raisesTheFirstCharacterByTheRulesOfTheLocale)
+{
+    const QLocale turkish(QLocale::Turkish);
+    const QLocale german(QLocale::German);
+    EXPECT_EQ(text::withFirstUpperCased(QStringLiteral("ingilizce"), turkish),
+              QStringLiteral("İngilizce"));
+    EXPECT_EQ(text::withFirstUpperCased(QStringLiteral("ingilizce"), german),
+              QStringLiteral("Ingilizce"));
+    EXPECT_EQ(text::withFirstUpperCased(QStringLiteral("e\u0301lan"), german),
+              QStringLiteral("E\u0301lan"));
+    EXPECT_EQ(text::withFirstUpperCased(QString(), german), QString());
+}
+
+TEST(Text, knowsTheLowercaseProperty)
+{
+    EXPECT_TRUE(text::isLowercase(U'a'));
+    EXPECT_TRUE(text::isLowercase(U'ß'));
+    EXPECT_TRUE(text::isLowercase(U'ª')); // not of the category Ll
+    EXPECT_TRUE(text::isLowercase(U'𝒶'));
+    EXPECT_FALSE(text::isLowercase(U'A'));
+    EXPECT_FALSE(text::isLowercase(U'1'));
+    EXPECT_FALSE(text::isLowercase(U'क'));
+}
+
+TEST(Text, composesCanonically)
+{
+    EXPECT_EQ(text::composed(QStringLiteral("e\u0301\u1112\u1161\u11ab")),
+              QStringLiteral("\u00e9\ud55c"));
+    EXPECT_EQ(text::composed(QStringLiteral("ﬁ")), QStringLiteral("ﬁ"));
+    const QString loneSurrogate(QChar(0xd800));
+    EXPECT_EQ(text::composed(loneSurrogate), loneSurrogate);
+}
+
+TEST(Text, ordersListsAsTheirReadersDo)
+{
+    const QLocale german(QLocale::German);
+    const auto order = [&](const QString& left, const QString& right) {
+        return text::naturalOrder(left, right, german);
+    };
+    EXPECT_TRUE(order(QStringLiteral("gpt-9"), QStringLiteral("gpt-10")) < 0);
+    EXPECT_TRUE(order(QStringLiteral("Ärger"), QStringLiteral("Zorn")) < 0);
+    EXPECT_TRUE(order(QStringLiteral("a"), QStringLiteral("B")) < 0);
+    EXPECT_TRUE(order(QStringLiteral("B"), QStringLiteral("a")) > 0);
+    EXPECT_TRUE(order(QStringLiteral("a"), QStringLiteral("a")) == 0);
+    // In Swedish that letter comes after the last one of the English alphabet.
+    EXPECT_TRUE(text::naturalOrder(QStringLiteral("ärlig"), QStringLiteral("zon"),
+                                   QLocale(QLocale::Swedish)) > 0);
+}
+
+TEST(Text, namesLanguagesInTheLanguageOfTheReader)
+{
+    EXPECT_EQ(text::languageName(QStringLiteral("de"), QLocale(QLocale::English)),
+              QStringLiteral("German"));
+    EXPECT_EQ(text::languageName(QStringLiteral("de"), QLocale(QLocale::French)),
+              QStringLiteral("allemand"));
+    EXPECT_EQ(text::languageName(QStringLiteral("en"), QLocale(QLocale::Hindi)),
+              QStringLiteral("अंग्रेज़ी"));
+    EXPECT_EQ(text::languageName(QStringLiteral("xq"), QLocale(QLocale::English)), QString());
+}
+
 } // namespace
 } // namespace zelvane::test
