@@ -1,6 +1,8 @@
 #include "settings/LanguageNames.h"
 
 #include "foundation/Text.h"
+#include "settings/GlossaryLanguage.h"
+#include "settings/Localization.h"
 
 #include <algorithm>
 #include <array>
@@ -152,6 +154,26 @@ bool isAutoSource(const QString& language)
 QString canonicalSpelling(const QString& language)
 {
     return find(canonicalSpellings, text::lowerCased(text::trimmed(language))).value_or(language);
+}
+
+QString localizedLanguageName(const QString& language)
+{
+    if (isAutoSource(language)) {
+        return localizedText(QStringLiteral("Any Language"));
+    }
+    if (const auto known = resolveGlossaryLanguage(language)) {
+        const QString name = localizedText(known->name);
+        if (name != language) {
+            return name;
+        }
+    }
+    const QString code = text::lowerCased(shortCode(language)).section(u'-', 0, 0);
+    if (text::characterCount(code) != 2) {
+        return language;
+    }
+    const QLocale locale = interfaceLocale();
+    const QString name = text::languageName(code, locale);
+    return name.isEmpty() ? language : text::withFirstUpperCased(name, locale);
 }
 
 QString shortCode(const QString& language)

@@ -20,6 +20,10 @@ namespace zelvane {
 /// The spelling under which a stored language is kept; unknown texts stay as they are, untrimmed.
 [[nodiscard]] QString canonicalSpelling(const QString& language);
 
+/// The name of a language text in the interface language; the text itself if nothing knows it.
+/// Callable from any thread.
+[[nodiscard]] QString localizedLanguageName(const QString& language);
+
 /// A label such as "EN-US" for menus and status lines. Never empty: "?" for an empty text.
 [[nodiscard]] QString shortCode(const QString& language);
 

@@ -172,5 +172,24 @@ TEST(Languages, outsideTheTableAreLabelledByTheirFirstTwoCharacters)
     }
 }
 
+TEST(Languages, areNamedInTheInterfaceLanguage)
+{
+    const std::vector<Row> rows{
+        {" AUTO ", "Any Language"},
+        {"mandarin", "Chinese (Simplified)"},
+        {"de-AT", "German"},
+        // A name that the lookup leaves as it is goes by its code.
+        {"German", "German"},
+        {"English (UK)", "English"},
+        {"Montenegrin", "Montenegrin"},
+        // What nothing knows stays as it was typed.
+        {"xq", "xq"},
+        {"", ""},
+    };
+    for (const auto& [text, expected] : rows) {
+        EXPECT_EQ(localizedLanguageName(QString::fromUtf8(text)).toStdString(), expected) << text;
+    }
+}
+
 } // namespace
 } // namespace zelvane::test
