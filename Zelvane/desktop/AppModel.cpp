@@ -193,6 +193,7 @@ void AppModel::startHotKeys()
 void AppModel::reloadHotKeys()
 {
     m_parts.hotKeys.reload(m_parts.settings.pairs(), m_parts.settings.manualTranslationHotKey());
+    Q_EMIT hotKeysReloaded();
 }
 
 void AppModel::handleHotKey(const QUuid& pairId)
@@ -261,6 +262,7 @@ QCoro::Task<void> AppModel::run(LanguagePair pair, TranslateOutputMode mode, boo
         setStatus(result.replaced ? QStringLiteral("Done · %@") : QStringLiteral("Translated · %@"),
                   pair);
         m_isBusy = false;
+        Q_EMIT translationDelivered(result.diagnostics);
     } catch (...) {
         failure = std::current_exception();
     }

@@ -90,6 +90,12 @@ public:
     /// This program or one of its windows has come to the front.
     void activated();
 
+Q_SIGNALS:
+    /// The shortcuts are registered, for the first time or anew.
+    void hotKeysReloaded();
+    /// A translation was delivered; `diagnostics` is its timing report.
+    void translationDelivered(const QString& diagnostics);
+
 private:
     void installAccessibilityWatchers();
     void setStatus(const QString& key);

@@ -368,6 +368,24 @@ TEST_F(Controller, registersAnewOnEveryStart)
     EXPECT_TRUE(model->isBusy());
 }
 
+TEST_F(Controller, tellsWhenTheShortcutsWorkAndWhatEachRunTook)
+{
+    settings.setDoubleHotKeyWindow(false);
+    model = std::make_unique<AppModel>(
+        AppModel::Parts{settings, flow, hotKeys, optionMenu, permission, alerts, windows, clock});
+    int reloads = 0;
+    QStringList reports;
+    QObject::connect(model.get(), &AppModel::hotKeysReloaded, [&] { ++reloads; });
+    QObject::connect(model.get(), &AppModel::translationDelivered,
+                     [&](const QString& report) { reports << report; });
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(reloads, 1);
+    model->handleHotKey(pair.id);
+    clock.advance(380ms);
+    ASSERT_EQ(reports.size(), 1);
+    EXPECT_TRUE(reports.first().contains(QStringLiteral("  total: 380 ms")));
+}
+
 TEST_F(Controller, quittingDuringARunPutsTheClipboardBack)
 {
     translator.answer.reset();
