@@ -7,11 +7,16 @@
 
 namespace zelvane {
 
-/// The address of an engine's operation: the provider's public host, or what the default
-/// `zv.endpoint.<provider raw value>` puts in place of its scheme, host and port, and `path`.
+/// The address of an engine's operation: the provider's public host and `path`, which begins with a
+/// slash and is already percent-encoded.
 ///
-/// Empty if the default is no usable address: not HTTP, without a host, or plain HTTP to a host
-/// other than a loopback address.
+/// The default `zv.endpoint.<provider raw value>`, a text such as "https://gateway.example/openai",
+/// takes the place of scheme, host and port; its own path goes before `path`, as gateways that
+/// serve several providers expect it. A blank one counts as none.
+///
+/// Empty if the default is no usable address (not HTTP, without a host, with a user name, a query
+/// or a fragment, or plain HTTP to a host other than a loopback address), and for a provider
+/// without a public host.
 [[nodiscard]] QString endpointUrl(AIProvider provider, const QString& path,
                                   const UserDefaults& defaults);
 

@@ -1,0 +1,65 @@
+#include "pipeline/Endpoints.h"
+
+#include "foundation/Text.h"
+#include "pipeline/Loopback.h"
+
+#include <QUrl>
+
+namespace zelvane {
+
+namespace {
+
+/// The providers' public hosts. Engines whose address is no constant have none here.
+QString publicBase(AIProvider provider)
+{
+    switch (provider) {
+    case AIProvider::chatGPT:
+        return QStringLiteral("https://api.openai.com");
+    case AIProvider::gemini:
+        return QStringLiteral("https://generativelanguage.googleapis.com");
+    case AIProvider::claude:
+        return QStringLiteral("https://api.anthropic.com");
+    case AIProvider::deepSeek:
+        return QStringLiteral("https://api.deepseek.com");
+    case AIProvider::mistral:
+        return QStringLiteral("https://api.mistral.ai");
+    case AIProvider::grok:
+        return QStringLiteral("https://api.x.ai");
+    case AIProvider::zelvane:
+    case AIProvider::deepL:
+    case AIProvider::smartOffline:
+    case AIProvider::balancedOffline:
+    case AIProvider::fastOffline:
+        return {};
+    }
+    Q_UNREACHABLE();
+}
+
+/// The base that a user has set, without a slash at its end. Empty if it can't be used.
+QString checkedBase(const QString& text)
+{
+    const QUrl url(text, QUrl::StrictMode);
+    const bool isHttps = url.scheme() == QStringLiteral("https");
+    const bool isAllowed = isHttps || (url.scheme() == QStringLiteral("http") && isLoopback(url));
+    if (!url.isValid() || url.host().isEmpty() || !isAllowed || !url.userInfo().isEmpty() ||
+        url.hasQuery() || url.hasFragment()) {
+        return {};
+    }
+    QString base = url.toString(QUrl::FullyEncoded);
+    while (base.endsWith(u'/')) {
+        base.chop(1);
+    }
+    return base;
+}
+
+} // namespace
+
+QString endpointUrl(AIProvider provider, const QString& path, const UserDefaults& defaults)
+{
+    const QString key = QStringLiteral("zv.endpoint.") + rawValue(provider);
+    const QString own = text::trimmed(defaults.string(key).value_or(QString()));
+    const QString base = own.isEmpty() ? publicBase(provider) : checkedBase(own);
+    return base.isEmpty() ? QString() : base + path;
+}
+
+} // namespace zelvane
