@@ -1,0 +1,72 @@
+#include "online/NetworkFailure.h"
+
+#include "settings/Localization.h"
+
+namespace zelvane {
+
+namespace {
+
+TransportError::Kind kindOf(NetworkFailure failure)
+{
+    switch (failure) {
+    case NetworkFailure::plainHttp:
+    case NetworkFailure::noTls:
+    case NetworkFailure::untrustedCertificate:
+        return TransportError::Kind::insecure;
+    case NetworkFailure::silence:
+    case NetworkFailure::tooLong:
+        return TransportError::Kind::timeout;
+    case NetworkFailure::tooLarge:
+        return TransportError::Kind::tooLarge;
+    case NetworkFailure::truncated:
+        return TransportError::Kind::truncated;
+    default:
+        return TransportError::Kind::connection;
+    }
+}
+
+QString textOf(NetworkFailure failure, const QString& host)
+{
+    const auto about = [&](const QString& format) { return localizedFormat(format, {host}); };
+    switch (failure) {
+    case NetworkFailure::notAnAddress:
+        return localizedText(QStringLiteral("This is not the address of a web server."));
+    case NetworkFailure::unsendableHeader:
+        return about(QStringLiteral("The API key for %@ holds a line break."));
+    case NetworkFailure::plainHttp:
+        return about(QStringLiteral("%@ may only be reached over HTTPS."));
+    case NetworkFailure::hostNotFound:
+        return about(QStringLiteral("The server %@ was not found. Is the internet reachable?"));
+    case NetworkFailure::refused:
+        return about(QStringLiteral("%@ refuses the connection."));
+    case NetworkFailure::proxy:
+        return about(QStringLiteral("The proxy server does not connect to %@."));
+    case NetworkFailure::dropped:
+        return about(QStringLiteral("The connection to %@ ended without a valid answer."));
+    case NetworkFailure::packed:
+        return about(QStringLiteral("The answer of %@ is packed and can't be read."));
+    case NetworkFailure::otherConnection:
+        return about(QStringLiteral("The connection to %@ failed."));
+    case NetworkFailure::noTls:
+        return about(QStringLiteral("No secure connection to %@ is possible."));
+    case NetworkFailure::untrustedCertificate:
+        return about(QStringLiteral("The certificate of %@ is not trusted."));
+    case NetworkFailure::silence:
+    case NetworkFailure::tooLong:
+        return about(QStringLiteral("%@ did not answer in time."));
+    case NetworkFailure::tooLarge:
+        return about(QStringLiteral("The answer of %@ is too large."));
+    case NetworkFailure::truncated:
+        return about(QStringLiteral("The answer of %@ is incomplete."));
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+TransportError transportError(NetworkFailure failure, const QString& host)
+{
+    return {kindOf(failure), textOf(failure, host)};
+}
+
+} // namespace zelvane
