@@ -115,10 +115,13 @@ may_become_root() {
     if sudo -n true 2>/dev/null; then
         return
     fi
-    say "Installing $1 packages needs your password"
-    if ! { : </dev/tty; } 2>/dev/null || ! sudo -v; then
-        fail "$1 packages are missing and sudo refuses: start this once as root."
+    if { : </dev/tty; } 2>/dev/null; then
+        say "Installing $1 packages needs your password"
+        if sudo -v; then
+            return
+        fi
     fi
+    fail "$1 packages are missing and sudo refuses: start this once as root."
 }
 
 # require SECTION...: installs the packages of these sections that are missing. Calls apt-get only

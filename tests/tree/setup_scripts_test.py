@@ -180,7 +180,6 @@ class SetupScripts(unittest.TestCase):
         self.given(missing="clang-19 cmake", sudo_refuses="")
         self.assertEqual(self.start("./run", "--build-only", user=self.as_ordinary_user()), 1)
         self.assertEqual(self.said, [
-            "==> Installing 2 packages needs your password",
             "run: 2 packages are missing and sudo refuses: start this once as root."])
 
     def test_installs_through_sudo_as_an_ordinary_user(self):
