@@ -181,4 +181,22 @@ QString languageName(const QString& languageCode, const QLocale& locale)
     return text == languageCode ? QString() : text; // ICU hands back codes without a name
 }
 
+QString wellFormed(const QString& text)
+{
+    if (text.isValidUtf16()) {
+        return text;
+    }
+    QString result = text;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool isPair =
+            text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+        if (isPair) {
+            ++i;
+        } else if (text[i].isSurrogate()) {
+            result[i] = QChar::ReplacementCharacter;
+        }
+    }
+    return result;
+}
+
 } // namespace zelvane::text

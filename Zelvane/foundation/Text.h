@@ -47,4 +47,8 @@ namespace zelvane::text {
 /// for it.
 [[nodiscard]] QString languageName(const QString& languageCode, const QLocale& locale);
 
+/// `text` as it can be written in UTF-8: each half of a surrogate pair that stands alone becomes
+/// U+FFFD.
+[[nodiscard]] QString wellFormed(const QString& text);
+
 } // namespace zelvane::text

@@ -131,5 +131,18 @@ TEST(Text, namesLanguagesInTheLanguageOfTheReader)
     EXPECT_EQ(text::languageName(QStringLiteral("xq"), QLocale(QLocale::English)), QString());
 }
 
+TEST(Text, replacesHalvesOfSurrogatePairsThatStandAlone)
+{
+    const QChar high(0xd83d);
+    const QChar low(0xde00);
+    const QString pair = QString(high) + low;
+    EXPECT_EQ(text::wellFormed(QStringLiteral("a") + pair), QStringLiteral("a") + pair);
+    EXPECT_EQ(text::wellFormed(QString(high)), QStringLiteral("\ufffd"));
+    EXPECT_EQ(text::wellFormed(low + QStringLiteral("a") + high), QStringLiteral("\ufffda\ufffd"));
+    EXPECT_EQ(text::wellFormed(high + pair + low),
+              QStringLiteral("\ufffd") + pair + QStringLiteral("\ufffd"));
+    EXPECT_EQ(text::wellFormed(QString()), QString());
+}
+
 } // namespace
 } // namespace zelvane::test
