@@ -24,6 +24,14 @@ using ChatParameters = QMap<QString, QJsonValue>;
 [[nodiscard]] std::optional<QString> droppableParameter(const TranslationError& failure,
                                                         const ChatParameters& parameters);
 
+/// The body of a request, as compact JSON.
+[[nodiscard]] QByteArray chatRequestBody(const QString& text, const QString& systemPrompt,
+                                         const QString& model, const ChatParameters& parameters);
+
+/// The trimmed content of the first choice of an answer. Throws `JsonError`, or `badResponse` for
+/// JSON of another shape.
+[[nodiscard]] QString chatResponseText(const QByteArray& body);
+
 /// Translates with a server that speaks the chat completions format of OpenAI's API reference,
 /// POST .../chat/completions.
 class ChatCompletionsClient
