@@ -1,0 +1,118 @@
+#include "desktop/linux/X11Pasteboard.h"
+
+#include "desktop/linux/ClipboardWorker.h"
+#include "desktop/linux/SelectionContent.h"
+#include "foundation/Completion.h"
+
+namespace zelvane {
+
+namespace {
+
+// The hand-over bounds itself; this is for a server that has stopped answering.
+constexpr int longestGoodbye = 2000;
+
+} // namespace
+
+std::expected<std::unique_ptr<X11Pasteboard>, QString>
+X11Pasteboard::open(ClipboardExchange& exchange, const QByteArray& display)
+{
+    auto connection = XcbConnection::open(display, {XExtension::xfixes});
+    if (!connection) {
+        return std::unexpected(connection.error());
+    }
+    return std::unique_ptr<X11Pasteboard>(new X11Pasteboard(std::move(*connection), exchange));
+}
+
+X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, ClipboardExchange& exchange)
+    : m_exchange(exchange)
+    , m_connection(std::move(connection))
+    , m_workerSide(std::make_unique<QObject>())
+{
+    m_thread.setObjectName(QStringLiteral("clipboard"));
+    m_workerSide->moveToThread(&m_thread);
+    QObject::connect(&m_thread, &QThread::started, m_workerSide.get(),
+                     [this] { m_worker = std::make_unique<ClipboardWorker>(*m_connection); });
+    QObject::connect(
+        &m_thread, &QThread::finished, m_workerSide.get(), [this] { m_worker.reset(); },
+        Qt::DirectConnection);
+    m_thread.start();
+}
+
+X11Pasteboard::~X11Pasteboard()
+{
+    onWorker([this](ClipboardWorker& worker) { worker.handOver([this] { m_thread.quit(); }); });
+    if (!m_thread.wait(longestGoodbye)) {
+        m_connection->cutOff();
+        m_thread.quit();
+        m_thread.wait();
+    }
+}
+
+void X11Pasteboard::onWorker(std::function<void(ClipboardWorker&)> task)
+{
+    QMetaObject::invokeMethod(
+        m_workerSide.get(), [this, task = std::move(task)] { task(*m_worker); },
+        Qt::QueuedConnection);
+}
+
+void X11Pasteboard::onMain(std::function<void()> task)
+{
+    QMetaObject::invokeMethod(&m_mainSide, std::move(task), Qt::QueuedConnection);
+}
+
+void X11Pasteboard::change(std::function<void(ClipboardWorker&)> task)
+{
+    m_exchange.changeBegun();
+    onWorker([this, task = std::move(task)](ClipboardWorker& worker) {
+        task(worker);
+        onMain([this] { m_exchange.changeDone(); });
+    });
+}
+
+QCoro::Task<PasteboardSnapshot> X11Pasteboard::snapshot()
+{
+    const Completion<std::optional<SelectionContent>> read;
+    onWorker([this, read](ClipboardWorker& worker) {
+        worker.snapshot([this, read](const std::optional<SelectionContent>& content) {
+            onMain([read, content] { read.succeed(content); });
+        });
+    });
+    const auto content = co_await read.result();
+    if (!content) {
+        throw PasteboardError();
+    }
+    co_return snapshotOf(*content);
+}
+
+void X11Pasteboard::clear()
+{
+    m_exchange.contentReplaced();
+    change([](ClipboardWorker& worker) { worker.put(emptiedContent()); });
+}
+
+QCoro::Task<std::optional<QString>> X11Pasteboard::string()
+{
+    const Completion<std::optional<QString>> read;
+    onWorker([this, read, since = m_exchange.copyAt()](ClipboardWorker& worker) {
+        worker.text(since, [this, read](const std::optional<QString>& text) {
+            onMain([read, text] { read.succeed(text); });
+        });
+    });
+    co_return co_await read.result();
+}
+
+void X11Pasteboard::setString(const QString& text)
+{
+    m_exchange.contentReplaced();
+    change([text](ClipboardWorker& worker) { worker.put(contentOfText(text)); });
+}
+
+void X11Pasteboard::restore(const PasteboardSnapshot& snapshot)
+{
+    const auto paste = m_exchange.paste();
+    m_exchange.contentReplaced();
+    change(
+        [snapshot, paste](ClipboardWorker& worker) { worker.restore(contentOf(snapshot), paste); });
+}
+
+} // namespace zelvane
