@@ -1,0 +1,136 @@
+#include "cli/CommandLine.h"
+
+#include <QDir>
+
+namespace zelvane {
+
+namespace {
+
+const char* const programHelp = R"(Usage: zelvane-desk [--profile DIR] [COMMAND ...]
+
+Translates the selected text of any program in place. Without a command it starts
+in the desktop session and waits for its keyboard shortcuts.
+
+Commands:
+  translate   translate a text and print the translation
+  defaults    read and change settings by key
+  help        show this text, or that of a command: help translate
+
+Options:
+  --profile DIR   keep settings and data in DIR instead of the user's folders
+  --report        on the desktop, print "ready" once the shortcuts work, and where
+                  the time of each translation went
+  --help          show this text
+  --version       show the version
+
+translate and defaults need no display, no session bus and no desktop.
+)";
+
+const char* const translateHelp =
+    R"(Usage: zelvane-desk [--profile DIR] translate --to LANGUAGE [OPTIONS] [TEXT | -]
+
+Translates TEXT, or standard input if TEXT is "-" or missing, and prints the
+translation alone on standard output. All else goes to standard error.
+
+Options:
+  --from LANGUAGE     the language of the text (default: "Any Language")
+  --to LANGUAGE       the language to translate into
+  --engine NAME       the engine, for this call: "ChatGPT", "Mistral", ...
+  --model ID          the engine's model, for this call
+  --prompt TEMPLATE   the prompt, for this call; {{source}} and {{target}} stand
+                      for the languages
+  --trace             report on standard error where the time went
+  --json              print one JSON object instead of the bare translation
+  --help              show this text
+
+Environment:
+  ZELVANE_API_KEY     the engine's key, for this call. A key is never an argument.
+
+Exit status: 0 translated, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const defaultsHelp = R"(Usage: zelvane-desk [--profile DIR] defaults COMMAND
+
+Reads and changes settings by key.
+
+Commands:
+  read KEY              print the bare value; status 1 if there is none
+  write KEY VALUE       store a text
+  write KEY --bool B    store true or false
+  write KEY --int N     store a whole number
+  write KEY --double N  store a number
+  write KEY --data V    store bytes; "-" takes them from standard input
+  delete KEY            remove the key; status 1 if there is none
+  list [PREFIX]         print key, type and value of each setting, tab-separated
+
+Exit status: 0 done, 1 no such key or not stored, 2 wrong usage.
+)";
+
+} // namespace
+
+std::expected<CommandLine, QString> parseCommandLine(const QStringList& arguments)
+{
+    CommandLine line;
+    qsizetype i = 0;
+    for (; i < arguments.size() && arguments[i].startsWith(u'-'); ++i) {
+        const QString& option = arguments[i];
+        if (option == QStringLiteral("--help") || option == QStringLiteral("-h")) {
+            line.command = CommandLine::Command::help;
+            return line;
+        }
+        if (option == QStringLiteral("--version")) {
+            line.command = CommandLine::Command::version;
+            return line;
+        }
+        if (option == QStringLiteral("--report")) {
+            line.report = true;
+            continue;
+        }
+        QString profile;
+        if (option == QStringLiteral("--profile") && i + 1 < arguments.size()) {
+            profile = arguments[++i];
+        } else if (option.startsWith(QStringLiteral("--profile="))) {
+            profile = option.sliced(10);
+        } else if (option == QStringLiteral("--profile")) {
+            return std::unexpected(QStringLiteral("--profile needs a folder"));
+        } else {
+            return std::unexpected(QStringLiteral("unknown option \"%1\"").arg(option));
+        }
+        if (profile.isEmpty()) {
+            return std::unexpected(QStringLiteral("--profile needs a folder"));
+        }
+        line.profile = QDir::current().absoluteFilePath(profile);
+    }
+    if (i == arguments.size()) {
+        return line;
+    }
+    const QString& name = arguments[i];
+    line.arguments = arguments.sliced(i + 1);
+    if (name == QStringLiteral("translate")) {
+        line.command = CommandLine::Command::translate;
+    } else if (name == QStringLiteral("defaults")) {
+        line.command = CommandLine::Command::defaults;
+    } else if (name == QStringLiteral("help")) {
+        line.command = CommandLine::Command::help;
+    } else {
+        return std::unexpected(QStringLiteral("unknown command \"%1\"").arg(name));
+    }
+    return line;
+}
+
+QString helpText(CommandLine::Command command)
+{
+    switch (command) {
+    case CommandLine::Command::translate:
+        return QString::fromUtf8(translateHelp);
+    case CommandLine::Command::defaults:
+        return QString::fromUtf8(defaultsHelp);
+    case CommandLine::Command::desktop:
+    case CommandLine::Command::help:
+    case CommandLine::Command::version:
+        return QString::fromUtf8(programHelp);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace zelvane

@@ -1,0 +1,68 @@
+#include "cli/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+namespace zelvane::test {
+namespace {
+
+using Command = CommandLine::Command;
+
+TEST(CommandLine, withoutArgumentsStartsOnTheDesktop)
+{
+    const auto line = parseCommandLine({});
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->command, Command::desktop);
+    EXPECT_EQ(line->profile, QString());
+}
+
+TEST(CommandLine, keepsWhatFollowsTheCommand)
+{
+    const auto line = parseCommandLine(
+        {QStringLiteral("defaults"), QStringLiteral("read"), QStringLiteral("--profile")});
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->command, Command::defaults);
+    EXPECT_EQ(line->arguments, (QStringList{QStringLiteral("read"), QStringLiteral("--profile")}));
+}
+
+TEST(CommandLine, theProfileStandsBeforeTheCommandAndBecomesAbsolute)
+{
+    const auto apart = parseCommandLine(
+        {QStringLiteral("--profile"), QStringLiteral("p"), QStringLiteral("translate")});
+    const auto joined = parseCommandLine({QStringLiteral("--profile=/q/r")});
+    ASSERT_TRUE(apart && joined);
+    EXPECT_EQ(apart->profile, QDir::current().absoluteFilePath(QStringLiteral("p")));
+    EXPECT_EQ(apart->command, Command::translate);
+    EXPECT_EQ(joined->profile, QStringLiteral("/q/r"));
+    EXPECT_EQ(joined->command, Command::desktop);
+}
+
+TEST(CommandLine, theDesktopReportsIfItIsAskedTo)
+{
+    EXPECT_TRUE(parseCommandLine({QStringLiteral("--report")})->report);
+    EXPECT_FALSE(parseCommandLine({})->report);
+}
+
+TEST(CommandLine, saysWhatIsWrong)
+{
+    EXPECT_EQ(parseCommandLine({QStringLiteral("--profile")}).error(),
+              QStringLiteral("--profile needs a folder"));
+    EXPECT_EQ(parseCommandLine({QStringLiteral("--profile=")}).error(),
+              QStringLiteral("--profile needs a folder"));
+    EXPECT_EQ(parseCommandLine({QStringLiteral("--nonsense")}).error(),
+              QStringLiteral("unknown option \"--nonsense\""));
+    EXPECT_EQ(parseCommandLine({QStringLiteral("nonsense")}).error(),
+              QStringLiteral("unknown command \"nonsense\""));
+}
+
+TEST(CommandLine, helpAndVersionAreAskedForInTheUsualWays)
+{
+    EXPECT_EQ(parseCommandLine({QStringLiteral("--help")})->command, Command::help);
+    EXPECT_EQ(parseCommandLine({QStringLiteral("help")})->command, Command::help);
+    EXPECT_EQ(parseCommandLine({QStringLiteral("--version")})->command, Command::version);
+    EXPECT_TRUE(helpText(Command::translate).contains(QStringLiteral("ZELVANE_API_KEY")));
+}
+
+} // namespace
+} // namespace zelvane::test
