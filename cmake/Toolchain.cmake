@@ -50,3 +50,8 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
         add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack -Wl,--as-needed)
     endif()
 endif()
+
+if(ZELVANE_FUZZ)
+    # The fuzzer finds its way by the branches of the code that it tests, so that is instrumented too.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
