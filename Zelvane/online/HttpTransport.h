@@ -66,7 +66,8 @@ public:
     Q_DISABLE_COPY_MOVE(HttpTransport)
 
     /// Sends `request` and delivers the whole answer, whatever its status. Throws `TransportError`,
-    /// or `CancellationError` once `stop` is asked for, which ends the exchange on the wire.
+    /// or `CancellationError` once `stop` is asked for, which ends the exchange on the wire. Called
+    /// and stopped on the thread of this object.
     [[nodiscard]] virtual QCoro::Task<HttpResponse> send(HttpRequest request,
                                                          std::stop_token stop) = 0;
 };

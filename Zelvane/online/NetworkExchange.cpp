@@ -241,10 +241,13 @@ bool NetworkExchange::redirect()
 std::optional<NetworkFailure> NetworkExchange::failure() const
 {
     const int status = statusCode();
-    if (m_reply->error() == QNetworkReply::ContentReSendError && (status == 307 || status == 308)) {
-        return std::nullopt; // Qt rewinds the body even if it isn't to follow
+    // Qt wants to rewind the body for a redirection that it isn't to follow, and when the server
+    // closes the connection right behind its answer. In both cases the answer is there.
+    const bool isAnswered = status != 0 && m_reply->error() == QNetworkReply::ContentReSendError;
+    if (isAnswered && (status == 307 || status == 308)) {
+        return std::nullopt;
     }
-    if (const auto reason = connectionFailure(m_reply->error())) {
+    if (const auto reason = connectionFailure(m_reply->error()); reason && !isAnswered) {
         if (*reason == NetworkFailure::dropped && status != 0) {
             return NetworkFailure::truncated;
         }
@@ -262,8 +265,10 @@ std::optional<NetworkFailure> NetworkExchange::failure() const
 
 bool NetworkExchange::isTruncated() const
 {
+    const bool hasUnknownEnd = m_reply->error() == QNetworkReply::ContentReSendError &&
+                               m_reply->hasRawHeader("Transfer-Encoding");
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
-    return m_request.method != "HEAD" && m_body.size() < length.toLongLong();
+    return hasUnknownEnd || (m_request.method != "HEAD" && m_body.size() < length.toLongLong());
 }
 
 int NetworkExchange::statusCode() const

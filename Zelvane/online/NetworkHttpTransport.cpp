@@ -79,6 +79,13 @@ public:
         m_exchanges.insert(id, new NetworkExchange(*m_manager, request, std::move(listener)));
     }
 
+    void dropConnections()
+    {
+        if (m_manager && m_exchanges.isEmpty()) {
+            m_manager->clearConnectionCache();
+        }
+    }
+
     void abort(quint64 id) { delete m_exchanges.take(id); }
 
     ~NetworkThread() override { qDeleteAll(m_exchanges); }
@@ -115,8 +122,10 @@ QCoro::Task<HttpResponse> NetworkHttpTransport::send(HttpRequest request, std::s
     m_calls.insert(id, call);
     const auto forget = qScopeGuard([this, id] {
         m_calls.remove(id);
+        m_lastUse = m_clock.now();
         abortOnNetwork(id);
     });
+    dropOldConnections();
     startOnNetwork(id, request);
     limitSilence(*call);
     const auto total = m_clock.callLater(totalLimit, [outcome = call->outcome, host = call->host] {
@@ -175,6 +184,16 @@ void NetworkHttpTransport::abortOnNetwork(quint64 id)
 {
     QMetaObject::invokeMethod(
         m_network, [network = m_network, id] { network->abort(id); }, Qt::QueuedConnection);
+}
+
+void NetworkHttpTransport::dropOldConnections()
+{
+    const qint64 unused = m_lastUse.secsTo(m_clock.now());
+    const bool isOld = unused < 0 || unused >= keptFor.count();
+    if (m_network != nullptr && isOld) {
+        QMetaObject::invokeMethod(
+            m_network, [network = m_network] { network->dropConnections(); }, Qt::QueuedConnection);
+    }
 }
 
 void NetworkHttpTransport::limitSilence(Call& call)

@@ -32,6 +32,10 @@ public:
     /// The longest whole exchange, however lively.
     static constexpr std::chrono::minutes totalLimit{10};
 
+    /// How long an unused connection is kept. A later request opens a new one: after the machine
+    /// has slept, or a router has forgotten the connection, nothing would answer on the old one.
+    static constexpr std::chrono::seconds keptFor{60};
+
     /// `clock` measures the time limits and must outlive this object.
     explicit NetworkHttpTransport(Clock& clock);
     /// Ends the exchanges that still run with `CancellationError`.
@@ -52,12 +56,15 @@ private:
     void startThread();
     void startOnNetwork(quint64 id, const HttpRequest& request);
     void abortOnNetwork(quint64 id);
+    void dropOldConnections();
     void limitSilence(Call& call);
     [[nodiscard]] std::shared_ptr<Call> callOf(quint64 id) const { return m_calls.value(id); }
 
     Clock& m_clock;
     QHash<quint64, std::shared_ptr<Call>> m_calls;
     quint64 m_nextId = 1;
+    /// By the calendar, which goes on while the machine sleeps.
+    QDateTime m_lastUse;
     /// Receives, on this object's thread, what the network thread reports.
     QObject m_mailbox;
     QThread m_thread;

@@ -209,7 +209,18 @@ TEST_F(NetworkTransport, takesAnAnswerWithoutABody)
 TEST_F(NetworkTransport, takesAnAnswerThatEndsWithTheConnection)
 {
     server.enqueue(Answer().send("HTTP/1.0 200 OK\r\n\r\nuntil the end").close());
-    EXPECT_EQ(run(post()).response->body, "until the end");
+    const Outcome outcome = run(post());
+    ASSERT_TRUE(outcome.response) << outcome.text.toStdString();
+    EXPECT_EQ(outcome.response->body, "until the end");
+}
+
+TEST_F(NetworkTransport, takesAnAnswerWhoseConnectionIsClosedAtOnce)
+{
+    server.enqueue(Answer().send(httpMessage(200, "whole", {{"Connection", "close"}})).close());
+    const Outcome outcome = run(post());
+    ASSERT_TRUE(outcome.response) << outcome.text.toStdString();
+    EXPECT_EQ(outcome.response->body, "whole");
+    EXPECT_EQ(server.requests().size(), 1);
 }
 
 TEST_F(NetworkTransport, takesAnAnswerInChunks)
@@ -243,7 +254,37 @@ TEST_F(NetworkTransport, opensANewConnectionAfterTheServerClosedTheKeptOne)
     const Outcome outcome = run(post());
     ASSERT_TRUE(outcome.response) << outcome.text.toStdString();
     EXPECT_EQ(server.requests().size(), 2);
+    EXPECT_GE(server.acceptedConnections(), 2);
+}
+
+TEST_F(NetworkTransport, trustsAKeptConnectionForAMinute)
+{
+    server.setHandler([](const RecordedRequest&) { return Answer::json(200, "{}"); });
+    EXPECT_TRUE(run(post()).response);
+    clock.advance(59s);
+    EXPECT_TRUE(run(post()).response);
+    EXPECT_EQ(server.acceptedConnections(), 1);
+    clock.advance(60s);
+    EXPECT_TRUE(run(post()).response);
     EXPECT_EQ(server.acceptedConnections(), 2);
+    EXPECT_TRUE(waitUntil([&] { return server.openConnections() == 1; }));
+}
+
+TEST_F(NetworkTransport, leavesARunningExchangeAloneWhenItDropsOldConnections)
+{
+    server.setHandler([](const RecordedRequest& request) {
+        return Answer().hold().send(httpMessage(200, request.target()));
+    });
+    const auto first = start(post(QStringLiteral("/first")));
+    ASSERT_TRUE(waitUntil([&] { return server.heldAnswers() == 1; }));
+    clock.advance(120s);
+    const auto second = start(post(QStringLiteral("/second")));
+    ASSERT_TRUE(waitUntil([&] { return server.heldAnswers() == 2; }));
+    server.release();
+    ASSERT_TRUE(waitUntil([&] { return first->ended() && second->ended(); }));
+    ASSERT_TRUE(first->response) << first->text.toStdString();
+    EXPECT_EQ(first->response->body, "/first");
+    EXPECT_EQ(second->response->body, "/second");
 }
 
 TEST_F(NetworkTransport, sendsAgainIfAKeptConnectionTurnsOutToBeDead)
