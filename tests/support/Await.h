@@ -4,6 +4,7 @@
 #include <QCoroTask>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -17,11 +18,13 @@ inline bool waitUntil(const std::function<bool()>& condition,
                       std::chrono::milliseconds limit = std::chrono::seconds(8))
 {
     QDeadlineTimer deadline(limit);
+    QTimer tick; // wakes the loop, which otherwise waits for an event
+    tick.start(10);
     while (!condition()) {
         if (deadline.hasExpired()) {
             return false;
         }
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 10);
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     }
     return true;
 }
