@@ -9,8 +9,12 @@ namespace {
 using std::chrono::milliseconds;
 
 // Programs that answer at all do so within a few milliseconds. The next format isn't held up for
-// longer by one that may never come.
+// longer by one that may never come, and hardly at all where several don't.
 constexpr milliseconds patience{50};
+constexpr milliseconds littlePatience{5};
+constexpr qsizetype fewSilent = 3;
+// Even a format whose turn comes late is asked for.
+constexpr milliseconds leastLimit{100};
 constexpr milliseconds targetsLimit{1000};
 
 QList<quint32> numbersOf(const QByteArray& bytes)
@@ -77,11 +81,13 @@ QCoro::Task<std::expected<SelectionContent, SelectionReader::Failure>> Selection
     for (const QByteArray& target : *targets) {
         const Completion<void> ended;
         ++collection->running;
-        const milliseconds limit = std::min(formatLimit, until(deadline));
+        const milliseconds limit = std::clamp(until(deadline), leastLimit, formatLimit);
         m_tasks.start([this, target, limit, collection, ended](const std::stop_token&) {
             return collect(target, limit, collection, ended);
         });
-        const auto timer = m_clock.callLater(patience, [ended] { ended.succeed(); });
+        const auto timer =
+            m_clock.callLater(collection->running <= fewSilent ? patience : littlePatience,
+                              [ended] { ended.succeed(); });
         co_await ended.result();
     }
     if (collection->running > 0) {
