@@ -2,6 +2,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QDeadlineTimer>
+#include <QScopedValueRollback>
 
 #include <poll.h>
 
@@ -22,6 +23,10 @@ XcbEvents::XcbEvents(XcbConnection& connection, Handler handler, std::function<v
 
 void XcbEvents::drain()
 {
+    if (m_isDraining) {
+        return; // asked for by a handler; the events keep their order
+    }
+    const QScopedValueRollback draining(m_isDraining, true);
     while (const auto event = next()) {
         if (event->response_type != 0) { // 0 is an error of a request that nobody waits for
             m_handler(*event);

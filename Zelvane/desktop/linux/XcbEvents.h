@@ -41,6 +41,7 @@ private:
     std::function<void()> m_onLost;
     QSocketNotifier m_notifier;
     std::deque<XcbOwned<xcb_generic_event_t>> m_setAside;
+    bool m_isDraining = false;
     bool m_lost = false;
 };
 

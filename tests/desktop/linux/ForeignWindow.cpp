@@ -1,0 +1,59 @@
+#include "ForeignWindow.h"
+
+#include <stdexcept>
+
+namespace zelvane::test {
+
+using namespace std::chrono_literals;
+
+ForeignWindow::ForeignWindow(const QByteArray& display, const QByteArray& title)
+    : ForeignProgram(display)
+{
+    const quint32 events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                           XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_FOCUS_CHANGE;
+    xcb_change_window_attributes(connection(), window(), XCB_CW_EVENT_MASK, &events);
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window(), XCB_ATOM_WM_NAME,
+                        XCB_ATOM_STRING, 8, quint32(title.size()), title.constData());
+    // Window managers give the keyboard only to windows that say that they want it.
+    const quint32 hints[9] = {1, 1};
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window(), XCB_ATOM_WM_HINTS,
+                        XCB_ATOM_WM_HINTS, 32, 9, hints);
+    xcb_map_window(connection(), window());
+    while (const auto event = nextEvent(3s)) {
+        if ((event->response_type & 0x7f) == XCB_EXPOSE) {
+            return;
+        }
+    }
+    throw std::runtime_error("the foreign window did not appear");
+}
+
+void ForeignWindow::focus() const
+{
+    xcb_set_input_focus(connection(), XCB_INPUT_FOCUS_PARENT, window(), XCB_CURRENT_TIME);
+    (void)clipboardOwner(); // a round trip
+}
+
+void ForeignWindow::close() const
+{
+    xcb_destroy_window(connection(), window());
+    (void)clipboardOwner();
+}
+
+QStringList ForeignWindow::keys() const
+{
+    (void)clipboardOwner();
+    QStringList keys;
+    while (const auto event = nextEvent(0ms)) {
+        const int kind = event->response_type & 0x7f;
+        if (kind == XCB_KEY_PRESS || kind == XCB_KEY_RELEASE) {
+            const auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event.get());
+            keys.append(QStringLiteral("%1%2:%3")
+                            .arg(kind == XCB_KEY_PRESS ? u'+' : u'-')
+                            .arg(key->detail)
+                            .arg(key->state & 0xff));
+        }
+    }
+    return keys;
+}
+
+} // namespace zelvane::test
