@@ -1,0 +1,117 @@
+#include "ui/components/FocusRing.h"
+
+#include "ui/components/ControlPainting.h"
+
+#include <QApplication>
+#include <QFocusEvent>
+#include <QPainter>
+
+namespace zelvane {
+
+namespace {
+
+constexpr double ringWidth = 2;
+/// The gap between the widget and its ring.
+constexpr double ringGap = 1.5;
+constexpr int ringReach = 4;
+
+bool cameFromKeyboard(Qt::FocusReason reason)
+{
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+           reason == Qt::ShortcutFocusReason;
+}
+
+} // namespace
+
+FocusRing::FocusRing(const Theme& theme, QWidget& parent)
+    : QWidget(&parent)
+    , m_theme(theme)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setFocusPolicy(Qt::NoFocus);
+    hide();
+    connect(&theme, &Theme::changed, this, [this] { update(); });
+    qApp->installEventFilter(this);
+}
+
+FocusRing::~FocusRing() = default;
+
+bool FocusRing::eventFilter(QObject* watched, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::FocusIn: {
+        auto* widget = qobject_cast<QWidget*>(watched);
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        if (widget && parentWidget()->isAncestorOf(widget) &&
+            reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+            follow(cameFromKeyboard(reason) ? widget : nullptr);
+        }
+        break;
+    }
+    case QEvent::Move:
+    case QEvent::Resize:
+    case QEvent::Show:
+    case QEvent::Hide:
+        if (m_target && (watched == m_target || watched == parentWidget() ||
+                         static_cast<QWidget*>(parentWidget())
+                             ->isAncestorOf(qobject_cast<QWidget*>(watched)))) {
+            place();
+        }
+        break;
+    case QEvent::WindowActivate:
+    case QEvent::WindowDeactivate:
+        if (watched == window()) {
+            place();
+        }
+        break;
+    default:
+        break;
+    }
+    return false;
+}
+
+void FocusRing::follow(QWidget* focused)
+{
+    m_target = focused;
+    // A control may be made of several widgets: the ring goes around the one that is seen as it.
+    for (QWidget* outer = focused; outer && outer != parentWidget();
+         outer = outer->parentWidget()) {
+        if (outer->property(focusRadiusProperty).isValid()) {
+            m_target = outer;
+            break;
+        }
+    }
+    place();
+}
+
+void FocusRing::place()
+{
+    if (!m_target || !m_target->isVisible() || !window()->isActiveWindow()) {
+        hide();
+        return;
+    }
+    const QRect rect(m_target->mapTo(parentWidget(), QPoint(0, 0)), m_target->size());
+    setGeometry(rect.adjusted(-ringReach, -ringReach, ringReach, ringReach));
+    raise();
+    show();
+    update();
+}
+
+double FocusRing::targetRadius() const
+{
+    const QVariant radius = m_target ? m_target->property(focusRadiusProperty) : QVariant();
+    return radius.isValid() ? radius.toDouble() : m_theme.tokens().controlRadius();
+}
+
+void FocusRing::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(m_theme.colors().focusRing, ringWidth));
+    const double inset = ringReach - ringGap - ringWidth / 2;
+    const double radius = targetRadius() + ringGap + ringWidth / 2;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
+}
+
+} // namespace zelvane

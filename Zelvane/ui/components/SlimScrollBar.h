@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ui/style/Theme.h"
+
+#include <QScrollBar>
+
+namespace zelvane {
+
+/// A vertical scroll bar that is a rounded handle and nothing else.
+class SlimScrollBar final : public QScrollBar
+{
+    Q_OBJECT
+
+public:
+    /// `theme` must outlive the scroll bar.
+    explicit SlimScrollBar(const Theme& theme, QWidget* parent = nullptr);
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    [[nodiscard]] QRect handleRect() const;
+
+    const Theme& m_theme;
+};
+
+} // namespace zelvane

@@ -1,0 +1,146 @@
+#include "ui/panel/TranslatorKeyablePanel.h"
+
+#include "ui/components/ControlPainting.h"
+#include "ui/components/FocusRing.h"
+#include "ui/style/Shadow.h"
+
+#include <QAccessibleWidget>
+#include <QCloseEvent>
+#include <QPainter>
+#include <QVBoxLayout>
+#include <QWindow>
+
+namespace zelvane {
+
+namespace {
+
+Qt::WindowFlags flagsOf(PanelRole role)
+{
+    const Qt::WindowFlags kind = role == PanelRole::alert ? Qt::Dialog : Qt::Tool;
+    return kind | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint;
+}
+
+/// What screen readers take a panel for. They read an alert out at once.
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
+    auto* panel = qobject_cast<TranslatorKeyablePanel*>(object);
+    if (!panel) {
+        return nullptr;
+    }
+    return new QAccessibleWidget(
+        panel, panel->role() == PanelRole::alert ? QAccessible::AlertMessage : QAccessible::Dialog);
+}
+
+} // namespace
+
+TranslatorKeyablePanel::TranslatorKeyablePanel(const Theme& theme, WindowSystem& windows,
+                                               PanelRole role)
+    : QWidget(nullptr, flagsOf(role))
+    , m_theme(theme)
+    , m_windows(windows)
+    , m_role(role)
+    , m_layout(new QVBoxLayout(this))
+{
+    // Always with an alpha channel: whether it is used may change while the window lives.
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_MacAlwaysShowToolWindow);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    [[maybe_unused]] static const bool installed =
+        (QAccessible::installFactory(makeAccessible), true);
+    m_layout->setSpacing(0);
+    m_layout->setContentsMargins(composed() ? shadowMargins() : QMargins());
+    new FocusRing(theme, *this);
+    connect(&theme, &Theme::changed, this, &TranslatorKeyablePanel::adoptMargins);
+}
+
+TranslatorKeyablePanel::~TranslatorKeyablePanel() = default;
+
+void TranslatorKeyablePanel::setContent(QWidget* content)
+{
+    m_layout->addWidget(content);
+}
+
+QRect TranslatorKeyablePanel::panelFrame() const
+{
+    return geometry().marginsRemoved(m_layout->contentsMargins());
+}
+
+void TranslatorKeyablePanel::setContentSize(QSize size)
+{
+    const QMargins margins = m_layout->contentsMargins();
+    // Fixed, so that no window manager offers to resize it.
+    setFixedSize(size.grownBy(margins));
+}
+
+void TranslatorKeyablePanel::setPanelOrigin(QPoint origin)
+{
+    const QMargins margins = m_layout->contentsMargins();
+    move(origin - QPoint(margins.left(), margins.top()));
+}
+
+void TranslatorKeyablePanel::presentInFront()
+{
+    show();
+    raise();
+    activateWindow();
+    m_windows.activate(*windowHandle());
+}
+
+void TranslatorKeyablePanel::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    const ThemeColors& colors = m_theme.colors();
+    const QRect panel = rect().marginsRemoved(m_layout->contentsMargins());
+    if (!composed()) {
+        painter.fillRect(panel, colors.window);
+        painter.setPen(blended(colors.windowBorder, colors.window));
+        painter.drawRect(panel.adjusted(0, 0, -1, -1));
+        return;
+    }
+    const double radius = m_theme.tokens().panelRadius();
+    paintShadow(painter, panel, radius);
+    paintRounded(painter, panel, radius, colors.window, colors.windowRim);
+    painter.setPen(QPen(colors.windowBorder, 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(panel).adjusted(-0.5, -0.5, 0.5, 0.5), radius + 0.5,
+                            radius + 0.5);
+}
+
+void TranslatorKeyablePanel::showEvent(QShowEvent* event)
+{
+    describe();
+    QWidget::showEvent(event);
+}
+
+void TranslatorKeyablePanel::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    Q_EMIT closeRequested();
+}
+
+void TranslatorKeyablePanel::adoptMargins()
+{
+    const QMargins margins = composed() ? shadowMargins() : QMargins();
+    if (margins != m_layout->contentsMargins()) {
+        const QRect frame = panelFrame();
+        m_layout->setContentsMargins(margins);
+        setContentSize(frame.size());
+        setPanelOrigin(frame.topLeft());
+        describe();
+    }
+    update();
+}
+
+void TranslatorKeyablePanel::describe()
+{
+    if (QWindow* window = windowHandle()) {
+        m_windows.describe(*window, {.shadow = m_layout->contentsMargins(), .skipsTaskbar = true});
+    }
+}
+
+bool TranslatorKeyablePanel::composed() const
+{
+    return m_theme.appearance().compositing();
+}
+
+} // namespace zelvane

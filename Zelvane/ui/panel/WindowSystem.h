@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QMargins>
+#include <QRect>
+#include <QWindow>
+
+namespace zelvane {
+
+/// What the desktop must know of a panel before it shows.
+struct PanelHints
+{
+    /// The part of the window that is shadow, not panel.
+    QMargins shadow;
+    bool skipsTaskbar = true;
+
+    friend bool operator==(const PanelHints&, const PanelHints&) = default;
+};
+
+/// What panels need of the desktop beyond what Qt offers. Main thread; all calls return at once.
+class WindowSystem
+{
+public:
+    /// A window of any program. 0 is none.
+    using Window = quint64;
+
+    WindowSystem() = default;
+    virtual ~WindowSystem() = default;
+    Q_DISABLE_COPY_MOVE(WindowSystem)
+
+    /// Describes `window` to the desktop. May be called again when something has changed.
+    virtual void describe(QWindow& window, const PanelHints& hints) = 0;
+
+    /// Brings a shown window in front of all programs and gives it the keyboard, although another
+    /// program has it: the user has asked for the window.
+    virtual void activate(QWindow& window) = 0;
+
+    /// The window that has the keyboard, if it belongs to another program; else 0.
+    [[nodiscard]] virtual Window foreignActiveWindow() const = 0;
+
+    /// Gives the keyboard back to a window that had it. One that has gone is left alone.
+    virtual void activateForeign(Window window) = 0;
+};
+
+/// Only what Qt offers, for platforms without an adapter.
+class PlainWindowSystem final : public WindowSystem
+{
+public:
+    void describe(QWindow& window, const PanelHints& hints) override;
+    void activate(QWindow& window) override;
+    [[nodiscard]] Window foreignActiveWindow() const override;
+    void activateForeign(Window window) override;
+};
+
+/// The keyboard, borrowed from the program that the user works in. What is lent is given back when
+/// the loan ends.
+class FocusLoan
+{
+public:
+    /// `windows` must outlive the loan.
+    explicit FocusLoan(WindowSystem& windows);
+
+    /// Gives the keyboard back, once. Not to be called if the user has gone on to another window.
+    void giveBack();
+
+private:
+    WindowSystem* m_windows;
+    WindowSystem::Window m_lender;
+};
+
+} // namespace zelvane
