@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ui/linux/SelectionWatcher.h"
+#include "ui/linux/SettingsPortal.h"
+#include "ui/style/DesktopAppearance.h"
+
+#include <memory>
+
+namespace zelvane {
+
+/// Keeps a `DesktopAppearance` in step with the desktop: the portal's settings for colours, motion
+/// and contrast, and whether a compositor runs.
+///
+/// Where no portal answers, the colours of Qt's own theme tell light from dark. Main thread only.
+class LinuxAppearance final
+{
+public:
+    /// `appearance` must outlive this object. Made before the program sets a palette of its own.
+    LinuxAppearance(DesktopAppearance& appearance, const QDBusConnection& bus);
+
+private:
+    void watchPortal();
+
+    DesktopAppearance& m_appearance;
+    ColorScheme m_themeScheme;
+    SettingsPortal m_portal;
+    std::unique_ptr<SelectionWatcher> m_compositor;
+};
+
+/// The scheme of the portal's number; `otherwise` if the user has no preference.
+[[nodiscard]] ColorScheme colorSchemeFromPortal(uint number, ColorScheme otherwise);
+
+} // namespace zelvane
