@@ -1,0 +1,211 @@
+#include "ui/gallery/Scenes.h"
+
+#include "foundation/DescribedError.h"
+#include "settings/SecretStore.h"
+#include "support/FakeSecretBackend.h"
+#include "ui/alert/AlertWindowPresenter.h"
+#include "ui/gallery/Texts.h"
+#include "ui/result/ResultPopup.h"
+#include "ui/style/Symbols.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QPainter>
+#include <QTest>
+
+namespace zelvane::gallery {
+
+namespace {
+
+/// A result popup with settings of its own.
+class PopupExhibit final : public Exhibit
+{
+public:
+    PopupExhibit(const Stage& stage, const QString& original, const QString& translated,
+                 TranslationWindowSize size)
+        : m_secrets(m_defaults, m_backend)
+        , m_settings(m_defaults, m_secrets, QStringLiteral("English (US)"))
+        , m_origins(m_defaults, systemScreens())
+    {
+        m_settings.setResultWindowSize(size);
+        m_popup = std::make_unique<ResultPopup>(stage.theme, stage.windows, m_origins, m_settings);
+        m_popup->presentTranslationResult(original, translated, {});
+    }
+
+    [[nodiscard]] QWidget* window() override { return m_popup->panel(); }
+    [[nodiscard]] ResultPopup& popup() { return *m_popup; }
+
+private:
+    OverlayUserDefaults m_defaults;
+    test::FakeSecretBackend m_backend;
+    SecretStore m_secrets;
+    AppSettings m_settings;
+    WindowOrigins m_origins;
+    std::unique_ptr<ResultPopup> m_popup;
+};
+
+class AlertExhibit final : public Exhibit
+{
+public:
+    AlertExhibit(const Stage& stage, const Alert& alert)
+        : m_origins(m_defaults, systemScreens())
+        , m_presenter(stage.theme, stage.windows, m_origins)
+    {
+        wait(alert);
+    }
+
+    [[nodiscard]] QWidget* window() override { return m_presenter.openAlerts().first(); }
+
+private:
+    QCoro::Task<void> wait(Alert alert)
+    {
+        try {
+            co_await m_presenter.present(alert);
+        } catch (const CancellationError&) { // the exhibit is over
+        }
+    }
+
+    OverlayUserDefaults m_defaults;
+    WindowOrigins m_origins;
+    AlertWindowPresenter m_presenter;
+};
+
+/// The icon set, in the colours of the theme, and the program's own pictures in their sizes.
+class IconSheet final : public Exhibit
+{
+public:
+    explicit IconSheet(const Stage& stage)
+        : m_sheet(stage.theme)
+    {
+        m_sheet.setGeometry(200, 200, 520, 220);
+        m_sheet.show();
+        m_sheet.raise();
+    }
+
+    [[nodiscard]] QWidget* window() override { return &m_sheet; }
+
+private:
+    class Sheet final : public QWidget
+    {
+    public:
+        explicit Sheet(const Theme& theme)
+            : QWidget(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
+            , m_theme(theme)
+        {
+        }
+
+    protected:
+        void paintEvent(QPaintEvent*) override
+        {
+            QPainter painter(this);
+            painter.fillRect(rect(), m_theme.colors().window);
+            int x = 20;
+            for (const QString& name :
+                 {QStringLiteral("xmark"), QStringLiteral("doc.on.doc"),
+                  QStringLiteral("checkmark"), QStringLiteral("checkmark.circle.fill"),
+                  QStringLiteral("exclamationmark.triangle.fill")}) {
+                painter.drawPixmap(x, 20, symbolPixmap(name, m_theme.colors().text, 16, 1));
+                painter.drawPixmap(x, 50, symbolPixmap(name, m_theme.colors().text, 32, 1));
+                x += 50;
+            }
+            for (const int size : {16, 18, 22, 24, 32, 48}) {
+                painter.drawPixmap(x, 20, picturePixmap(QStringLiteral("MenuBarIcon"), size, 1));
+                x += size + 8;
+            }
+            x = 20;
+            for (const int size : {16, 24, 32, 48, 64, 96}) {
+                painter.drawPixmap(x, 100,
+                                   picturePixmap(QStringLiteral("org.zelvane.desk"), size, 1));
+                x += size + 12;
+            }
+        }
+
+    private:
+        const Theme& m_theme;
+    };
+
+    Sheet m_sheet;
+};
+
+Scene popupScene(const QString& name, const QString& original, const QString& translated,
+                 TranslationWindowSize size = TranslationWindowSize::medium)
+{
+    return {QStringLiteral("popup-") + name, [=](const Stage& stage) {
+                return std::make_unique<PopupExhibit>(stage, original, translated, size);
+            }};
+}
+
+Scene copiedScene()
+{
+    return {QStringLiteral("popup-copied"), [](const Stage& stage) {
+                auto exhibit = std::make_unique<PopupExhibit>(stage, texts::shortEnglish(),
+                                                              texts::shortGerman(),
+                                                              TranslationWindowSize::medium);
+                exhibit->popup().model()->copy();
+                return exhibit;
+            }};
+}
+
+/// With the keyboard's focus after `tabs` presses of the Tab key.
+Scene focusScene(const QString& name, int tabs)
+{
+    return {QStringLiteral("popup-focus-") + name, [tabs](const Stage& stage) {
+                auto exhibit = std::make_unique<PopupExhibit>(stage, texts::shortEnglish(),
+                                                              texts::shortGerman(),
+                                                              TranslationWindowSize::medium);
+                if (!QTest::qWaitForWindowActive(exhibit->window())) {
+                    qFatal("The popup did not get the keyboard");
+                }
+                for (int i = 0; i < tabs; ++i) {
+                    QTest::keyClick(exhibit->window(), Qt::Key_Tab);
+                }
+                return exhibit;
+            }};
+}
+
+Scene alertScene(const QString& name, const Alert& alert)
+{
+    return {QStringLiteral("alert-") + name,
+            [alert](const Stage& stage) { return std::make_unique<AlertExhibit>(stage, alert); }};
+}
+
+} // namespace
+
+QList<Scene> allScenes()
+{
+    const QString failed = QStringLiteral("Translation failed");
+    const QStringList permission{QStringLiteral("Request Permission…"),
+                                 QStringLiteral("Relaunch Zelvane Desk"), QStringLiteral("Cancel")};
+    return {
+        {QStringLiteral("icons"),
+         [](const Stage& stage) { return std::make_unique<IconSheet>(stage); }},
+        popupScene(QStringLiteral("short"), texts::shortEnglish(), texts::shortGerman()),
+        copiedScene(),
+        focusScene(QStringLiteral("copy"), 1),
+        focusScene(QStringLiteral("close"), 2),
+        focusScene(QStringLiteral("text"), 3),
+        popupScene(QStringLiteral("long"), texts::longEnglish(), texts::longGerman()),
+        popupScene(QStringLiteral("words"), texts::shortEnglish(), texts::wordsGerman(),
+                   TranslationWindowSize::extraSmall),
+        popupScene(QStringLiteral("hindi"), texts::longEnglish(), texts::hindi()),
+        popupScene(QStringLiteral("chinese"), texts::longEnglish(), texts::chinese(),
+                   TranslationWindowSize::large),
+        popupScene(QStringLiteral("arabic"), texts::shortEnglish(), texts::arabic(),
+                   TranslationWindowSize::small),
+        popupScene(QStringLiteral("extraLarge"), texts::longEnglish(), texts::longGerman(),
+                   TranslationWindowSize::extraLarge),
+        alertScene(QStringLiteral("one"),
+                   {failed, QStringLiteral("No text selected."), {QStringLiteral("OK")}}),
+        alertScene(QStringLiteral("three"),
+                   {failed,
+                    QStringLiteral("Zelvane Desk may not post keys. Allow it in the system's "
+                                   "accessibility settings, or start the program again."),
+                    permission}),
+        alertScene(QStringLiteral("long"),
+                   {failed,
+                    texts::longEnglish() + QStringLiteral("\n\n") + texts::longGerman(),
+                    {QStringLiteral("OK")}}),
+    };
+}
+
+} // namespace zelvane::gallery

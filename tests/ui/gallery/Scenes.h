@@ -1,0 +1,42 @@
+#pragma once
+
+#include "ui/panel/WindowSystem.h"
+#include "ui/style/Theme.h"
+
+#include <QList>
+#include <QString>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+namespace zelvane::gallery {
+
+/// What scenes are made with.
+struct Stage
+{
+    const Theme& theme;
+    WindowSystem& windows;
+};
+
+/// A window on show. Destroying it takes the window off the screen.
+class Exhibit
+{
+public:
+    Exhibit() = default;
+    virtual ~Exhibit() = default;
+    Q_DISABLE_COPY_MOVE(Exhibit)
+
+    [[nodiscard]] virtual QWidget* window() = 0;
+};
+
+/// One window in one state.
+struct Scene
+{
+    QString name;
+    std::function<std::unique_ptr<Exhibit>(const Stage&)> show;
+};
+
+[[nodiscard]] QList<Scene> allScenes();
+
+} // namespace zelvane::gallery

@@ -1,0 +1,146 @@
+// Shows each window of the program in each state, with made-up texts, and saves what it looks like.
+//
+// zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME]
+
+#include "ui/gallery/Scenes.h"
+#include "ui/linux/LinuxAppearance.h"
+#include "ui/linux/X11WindowSystem.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScreen>
+#include <QStyleFactory>
+#include <QTest>
+
+#include <cstdio>
+
+namespace zelvane::gallery {
+
+namespace {
+
+/// Room around a window in its picture.
+constexpr int surroundings = 24;
+/// For the desktop to show a window and its compositor to paint it.
+constexpr int settlingTime = 350;
+
+/// What lies behind the windows: a calm picture with some text, so that shadows and translucency
+/// can be judged.
+class Backdrop final : public QWidget
+{
+public:
+    explicit Backdrop(ColorScheme scheme)
+        : QWidget(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint)
+        , m_dark(scheme == ColorScheme::dark)
+    {
+        setGeometry(QGuiApplication::primaryScreen()->geometry());
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QLinearGradient sky(0, 0, width(), height());
+        sky.setColorAt(0, m_dark ? QColor(0x1d, 0x23, 0x35) : QColor(0xd5, 0xe3, 0xf5));
+        sky.setColorAt(1, m_dark ? QColor(0x3a, 0x2a, 0x3d) : QColor(0xf3, 0xdf, 0xd6));
+        painter.fillRect(rect(), sky);
+        const QRect page = rect().adjusted(60, 60, -60, -60);
+        painter.fillRect(page, m_dark ? QColor(0x17, 0x17, 0x1a) : QColor(Qt::white));
+        painter.setPen(m_dark ? QColor(0xc8, 0xc8, 0xd0) : QColor(0x33, 0x33, 0x38));
+        QString text;
+        for (int i = 0; i < 120; ++i) {
+            text += QStringLiteral("The tide came in over the flats and took the footprints. ");
+        }
+        painter.drawText(page.adjusted(24, 20, -24, -20), Qt::TextWordWrap, text);
+    }
+
+private:
+    bool m_dark;
+};
+
+QPixmap pictureOf(QWidget& window, QWidget& backdrop)
+{
+    const QRect area =
+        window.geometry().adjusted(-surroundings, -surroundings, surroundings, surroundings);
+    if (QGuiApplication::platformName() == QStringLiteral("xcb")) {
+        return QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(),
+                                                            area.height());
+    }
+    QPixmap picture = backdrop.grab(area.translated(-backdrop.pos()));
+    QPainter painter(&picture);
+    window.render(&painter, QPoint(surroundings, surroundings));
+    return picture;
+}
+
+int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only)
+{
+    StyleTweaker tokens;
+    DesktopAppearance appearance;
+    const LinuxAppearance desktop(appearance, QDBusConnection::sessionBus());
+    const auto windows = sessionWindowSystem();
+    if (QGuiApplication::platformName() != QStringLiteral("xcb")) {
+        appearance.setCompositing(true);
+    }
+    Theme theme(tokens, appearance);
+    if (!QDir().mkpath(folder)) {
+        std::fprintf(stderr, "cannot make the folder %s\n", qPrintable(folder));
+        return 1;
+    }
+    for (const ColorScheme scheme : schemes) {
+        appearance.setColorScheme(scheme);
+        QApplication::setPalette(toPalette(theme.colors()));
+        Backdrop backdrop(scheme);
+        backdrop.show();
+        QTest::qWait(settlingTime);
+        for (const Scene& scene : allScenes()) {
+            if (!scene.name.contains(only)) {
+                continue;
+            }
+            const auto exhibit = scene.show({theme, *windows});
+            QTest::qWait(settlingTime);
+            const QString file = QStringLiteral("%1/%2-%3.png")
+                                     .arg(folder, scene.name,
+                                          scheme == ColorScheme::dark ? QStringLiteral("dark")
+                                                                      : QStringLiteral("light"));
+            if (!pictureOf(*exhibit->window(), backdrop).save(file)) {
+                std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+                return 1;
+            }
+            std::printf("%s\n", qPrintable(file));
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+} // namespace zelvane::gallery
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QCommandLineParser arguments;
+    arguments.addHelpOption();
+    arguments.addOption({QStringLiteral("out"), QStringLiteral("Where the pictures go."),
+                         QStringLiteral("folder"), QStringLiteral("build/screenshots")});
+    arguments.addOption({QStringLiteral("scheme"), QStringLiteral("light, dark or both."),
+                         QStringLiteral("scheme"), QStringLiteral("both")});
+    arguments.addOption({QStringLiteral("only"), QStringLiteral("A part of the scenes' names."),
+                         QStringLiteral("name")});
+    arguments.process(application);
+
+    using zelvane::ColorScheme;
+    const QString scheme = arguments.value(QStringLiteral("scheme"));
+    QList<ColorScheme> schemes{ColorScheme::light, ColorScheme::dark};
+    if (scheme == QStringLiteral("light")) {
+        schemes = {ColorScheme::light};
+    } else if (scheme == QStringLiteral("dark")) {
+        schemes = {ColorScheme::dark};
+    }
+    return zelvane::gallery::run(arguments.value(QStringLiteral("out")), schemes,
+                                 arguments.value(QStringLiteral("only")));
+}
