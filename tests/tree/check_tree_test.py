@@ -100,6 +100,9 @@ class CheckTree(unittest.TestCase):
     def test_leaves_binary_files_alone(self):
         self.assertEqual(self.check(files={"picture.png": "\0 \n \n"}), (0, []))
 
+    def test_leaves_the_bytes_of_test_data_alone(self):
+        self.assertEqual(self.check(files={"fuzz/corpus/one": "{ ", "tests/data/two": "a \n\n"}), (0, []))
+
     def test_finds_what_shellcheck_finds(self):
         status, lines = self.check(files={"tools/play": "#!/bin/bash\nrm $1/x\n"})
         self.assertEqual(status, 1)
