@@ -13,5 +13,6 @@ if(UNIX AND NOT APPLE)
     pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
         xcb xcb-xtest xcb-xfixes xcb-xinput xcb-keysyms xcb-xkb xkbcommon xkbcommon-x11)
     pkg_check_modules(ATSPI REQUIRED IMPORTED_TARGET atspi-2)
+    pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
     pkg_check_modules(LIBSECRET REQUIRED IMPORTED_TARGET libsecret-1)
 endif()
