@@ -249,9 +249,9 @@ void DesktopSession::startWindowManager()
 {
     start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
     QDeadlineTimer deadline(programLimit);
-    while (!run(QStringLiteral("xprop"),
-                {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
-                .output.contains("window id")) {
+    while (
+        !run(QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_CLIENT_LIST")})
+             .output.contains("window id")) {
         if (deadline.hasExpired()) {
             giveUp(QStringLiteral("the window manager did not come up"));
         }

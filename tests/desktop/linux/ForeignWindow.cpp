@@ -1,5 +1,6 @@
 #include "ForeignWindow.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 namespace zelvane::test {
@@ -9,8 +10,7 @@ using namespace std::chrono_literals;
 ForeignWindow::ForeignWindow(const QByteArray& display, const QByteArray& title)
     : ForeignProgram(display)
 {
-    const quint32 events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
-                           XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_FOCUS_CHANGE;
+    const quint32 events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE;
     xcb_change_window_attributes(connection(), window(), XCB_CW_EVENT_MASK, &events);
     xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window(), XCB_ATOM_WM_NAME,
                         XCB_ATOM_STRING, 8, quint32(title.size()), title.constData());
@@ -19,10 +19,16 @@ ForeignWindow::ForeignWindow(const QByteArray& display, const QByteArray& title)
     xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window(), XCB_ATOM_WM_HINTS,
                         XCB_ATOM_WM_HINTS, 32, 9, hints);
     xcb_map_window(connection(), window());
-    while (const auto event = nextEvent(3s)) {
-        if ((event->response_type & 0x7f) == XCB_EXPOSE) {
+    const auto end = std::chrono::steady_clock::now() + 3s;
+    while (std::chrono::steady_clock::now() < end) {
+        const auto cookie = xcb_get_window_attributes(connection(), window());
+        auto* attributes = xcb_get_window_attributes_reply(connection(), cookie, nullptr);
+        const bool isVisible = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+        std::free(attributes);
+        if (isVisible) {
             return;
         }
+        (void)nextEvent(5ms);
     }
     throw std::runtime_error("the foreign window did not appear");
 }
@@ -48,7 +54,7 @@ QStringList ForeignWindow::keys() const
         if (kind == XCB_KEY_PRESS || kind == XCB_KEY_RELEASE) {
             const auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event.get());
             keys.append(QStringLiteral("%1%2:%3")
-                            .arg(kind == XCB_KEY_PRESS ? u'+' : u'-')
+                            .arg(QChar(kind == XCB_KEY_PRESS ? u'+' : u'-'))
                             .arg(key->detail)
                             .arg(key->state & 0xff));
         }
