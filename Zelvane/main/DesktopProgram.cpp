@@ -1,0 +1,137 @@
+#include "main/DesktopProgram.h"
+
+#include "desktop/AppModel.h"
+#include "foundation/SystemClock.h"
+#include "foundation/UnixSignals.h"
+#include "main/Platform.h"
+#include "main/UserInterface.h"
+#include "main/UserStore.h"
+#include "online/NetworkHttpTransport.h"
+#include "pipeline/TranslationDispatch.h"
+#include "settings/Localization.h"
+#include "settings/SystemLanguage.h"
+
+#include <QApplication>
+#include <QNetworkProxyFactory>
+#include <QWindow>
+
+#include <cstdio>
+
+namespace zelvane {
+
+namespace {
+
+/// The menu at Option + right click is not part of this build: nothing listens, nothing is wrong.
+class NoOptionClickMenu final : public OptionClickMenu
+{
+public:
+    void setOnSelect(std::function<void(LanguagePair, TranslateOutputMode)>) override {}
+    void setOnActivated(std::function<void()>) override {}
+    void setWanted(bool) override {}
+    void reconcile() override {}
+    [[nodiscard]] bool isListening() const override { return false; }
+    [[nodiscard]] QString lastError() const override { return {}; }
+};
+
+/// Everything of the program that lives as long as the desktop session uses it, in the order in
+/// which it is made.
+class DesktopProgram
+{
+public:
+    DesktopProgram(UserStore& store, Clock& clock, Desktop& desktop)
+        : m_secretBackend(openSecretStore())
+        , m_secrets(store.defaults(), *m_secretBackend)
+        , m_settings(store.defaults(), m_secrets, systemLanguage(currentSystemLocale()).name)
+        , m_trace(clock)
+        , m_transport(clock)
+        , m_chat(m_transport, m_trace)
+        , m_dispatch(m_settings, store.defaults(), m_trace, {&m_chat, nullptr, {}, nullptr})
+        , m_permission(desktop.accessibility(), store.defaults(), clock)
+        , m_selection({m_settings, m_permission, desktop.pasteboard(), desktop.keystrokes(),
+                       desktop.focus(), m_dispatch, m_trace, clock})
+        , m_hotKeys(desktop.hotKeys())
+        , m_interface(store.defaults(), m_settings)
+        , m_model({m_settings, m_selection, m_hotKeys, m_optionMenu, m_permission,
+                   m_interface.alerts(), m_interface, clock})
+        , m_tray(m_interface, m_settings, m_model, clock)
+    {
+        if (const QString key = takeKeyFromEnvironment(); !key.isEmpty()) {
+            m_settings.setApiKey(key);
+        }
+        QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &m_model,
+                         [this](Qt::ApplicationState state) {
+                             if (state == Qt::ApplicationActive) {
+                                 m_model.activated();
+                             }
+                         });
+        QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &m_model,
+                         [this](const QWindow* window) {
+                             if (window) {
+                                 m_model.activated();
+                             }
+                         });
+    }
+
+    [[nodiscard]] AppModel& model() { return m_model; }
+
+private:
+    std::unique_ptr<SecretBackend> m_secretBackend;
+    SecretStore m_secrets;
+    AppSettings m_settings;
+    TranslationTrace m_trace;
+    NetworkHttpTransport m_transport;
+    ChatCompletionsClient m_chat;
+    TranslationDispatch m_dispatch;
+    AccessibilityPermission m_permission;
+    SelectionTranslation m_selection;
+    HotKeyManager m_hotKeys;
+    NoOptionClickMenu m_optionMenu;
+    UserInterface m_interface;
+    AppModel m_model;
+    TrayItem m_tray;
+};
+
+/// Prints what `--report` promises.
+void reportOn(AppModel& model)
+{
+    const auto print = [](const QString& text) {
+        std::fputs((text.toUtf8() + '\n').constData(), stdout);
+        std::fflush(stdout);
+    };
+    QObject::connect(&model, &AppModel::hotKeysReloaded, &model,
+                     [print] { print(QStringLiteral("ready")); });
+    QObject::connect(&model, &AppModel::translationDelivered, &model, print);
+}
+
+} // namespace
+
+int runDesktopProgram(const CommandLine& line, int argc, char** argv)
+{
+    SystemClock clock;
+    // Before Qt, which ends the process by itself where there is no display.
+    if (const auto reason = whyNoWindows()) {
+        complain(*reason);
+        return int(ExitStatus::failure);
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Zelvane Desk"));
+    QApplication::setDesktopFileName(QStringLiteral("org.zelvane.desk"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+
+    const auto desktop = openDesktop(clock, [] {});
+    if (!desktop) {
+        complain(desktop.error());
+        return int(ExitStatus::failure);
+    }
+
+    UserStore store(line.profile);
+    DesktopProgram program(store, clock, **desktop);
+    if (line.report) {
+        reportOn(program.model());
+    }
+    const UnixSignals endInOrder([](int) { QApplication::quit(); });
+    return QApplication::exec();
+}
+
+} // namespace zelvane

@@ -1,0 +1,99 @@
+#include "main/UserInterface.h"
+
+#include "ui/alert/AlertWindowPresenter.h"
+#include "ui/linux/LinuxAppearance.h"
+#include "ui/linux/TrayWatcher.h"
+#include "ui/linux/X11WindowSystem.h"
+#include "ui/menubar/MenuBarController.h"
+#include "ui/menubar/MenuBarModel.h"
+#include "ui/panel/WindowOrigins.h"
+#include "ui/result/ResultPopup.h"
+#include "ui/style/DesktopAppearance.h"
+#include "ui/style/StyleTweaker.h"
+#include "ui/style/Theme.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+
+namespace zelvane {
+
+struct UserInterface::Parts
+{
+    Parts(UserDefaults& defaults, const AppSettings& settings)
+        : linuxAppearance(appearance, QDBusConnection::sessionBus())
+        , theme(tokens, appearance)
+        , windows(sessionWindowSystem())
+        , origins(defaults, systemScreens())
+        , alerts(theme, *windows, origins)
+        , popup(theme, *windows, origins, settings)
+    {
+    }
+
+    StyleTweaker tokens;
+    DesktopAppearance appearance;
+    LinuxAppearance linuxAppearance;
+    Theme theme;
+    std::unique_ptr<WindowSystem> windows;
+    WindowOrigins origins;
+    AlertWindowPresenter alerts;
+    ResultPopup popup;
+};
+
+UserInterface::UserInterface(UserDefaults& defaults, const AppSettings& settings)
+    : m_parts(std::make_unique<Parts>(defaults, settings))
+{
+}
+
+UserInterface::~UserInterface() = default;
+
+AlertPresenter& UserInterface::alerts()
+{
+    return m_parts->alerts;
+}
+
+void UserInterface::presentTranslationResult(const QString& original, const QString& translated,
+                                             const QString& diagnostics)
+{
+    m_parts->popup.presentTranslationResult(original, translated, diagnostics);
+}
+
+// The windows behind these are not part of this build.
+void UserInterface::showManualTranslationWindow()
+{
+}
+void UserInterface::showOnboarding()
+{
+}
+void UserInterface::promptOnLaunchIfNeeded()
+{
+}
+
+struct TrayItem::Parts
+{
+    Parts(UserInterface::Parts& interface, const AppSettings& settings, AppModel& appModel,
+          Clock& clock)
+        : watcher(QDBusConnection::sessionBus())
+        , model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
+        , controller(model, interface.theme, clock, watcher.bindableAvailable(),
+                     {[&appModel] {
+                          appModel.startHotKeys();
+                          appModel.refreshOptionMenuStatus();
+                      },
+                      [] { QApplication::quit(); }})
+    {
+    }
+
+    TrayWatcher watcher;
+    MenuBarModel model;
+    MenuBarController controller;
+};
+
+TrayItem::TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model,
+                   Clock& clock)
+    : m_parts(std::make_unique<Parts>(*interface.m_parts, settings, model, clock))
+{
+}
+
+TrayItem::~TrayItem() = default;
+
+} // namespace zelvane

@@ -1,0 +1,57 @@
+#include "cli/CommandLine.h"
+#include "main/DesktopProgram.h"
+#include "main/ScriptingProgram.h"
+
+#include <QStringList>
+
+#include <cstdio>
+
+namespace {
+
+using namespace zelvane;
+
+QStringList argumentsBehindTheName(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    return arguments;
+}
+
+void print(FILE* stream, const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), stream);
+}
+
+int printHelp(const CommandLine& line)
+{
+    const auto topic = parseCommandLine(line.arguments);
+    print(stdout, helpText(topic ? topic->command : CommandLine::Command::help));
+    return int(ExitStatus::success);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const auto line = parseCommandLine(argumentsBehindTheName(argc, argv));
+    if (!line) {
+        print(stderr,
+              QStringLiteral("zelvane-desk: %1 (see zelvane-desk --help)\n").arg(line.error()));
+        return int(ExitStatus::wrongUsage);
+    }
+    switch (line->command) {
+    case CommandLine::Command::desktop:
+        return runDesktopProgram(*line, argc, argv);
+    case CommandLine::Command::translate:
+    case CommandLine::Command::defaults:
+        return runScriptingProgram(*line, argc, argv);
+    case CommandLine::Command::help:
+        return printHelp(*line);
+    case CommandLine::Command::version:
+        print(stdout, QStringLiteral("zelvane-desk " ZELVANE_VERSION "\n"));
+        return int(ExitStatus::success);
+    }
+    Q_UNREACHABLE();
+}
