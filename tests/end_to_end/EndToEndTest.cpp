@@ -1,0 +1,288 @@
+// The program's own binary on a real desktop: an X server, a window manager, buses, an editor,
+// keys.
+
+#include "end_to_end/ZelvaneSession.h"
+#include "support/Await.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QFile>
+
+namespace zelvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+const QString popupTitle = QStringLiteral("^Translation$");
+const QString alertTitle = QStringLiteral("^Translation failed$");
+
+std::string text(const QByteArray& bytes)
+{
+    return bytes.toStdString();
+}
+
+TEST(EndToEnd, replacesTheSelectionInAForeignEditor)
+{
+    ZelvaneSession session;
+    session.setClipboard("the user's own");
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    const QByteArray report = session.waitForReport();
+    EXPECT_THAT(session.askedTexts(), ElementsAre(QStringLiteral("hello world")));
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+    EXPECT_EQ(session.clipboard(), "the user's own");
+    EXPECT_THAT(text(report), HasSubstr("editable detect · editable"));
+    EXPECT_THAT(text(report), HasSubstr("replaced: true"));
+    EXPECT_FALSE(session.windowIsVisible(popupTitle));
+}
+
+TEST(EndToEnd, showsThePopupOverATextThatCannotBeEdited)
+{
+    ZelvaneSession session;
+    session.setClipboard("the user's own");
+    session.start();
+    session.openReader(QStringLiteral("hello reader"));
+    session.selectAll();
+    session.key(ZelvaneSession::toGerman);
+    session.waitForWindow(popupTitle);
+    EXPECT_THAT(session.askedTexts(), ElementsAre(QStringLiteral("hello reader")));
+    EXPECT_THAT(text(session.waitForReport()), HasSubstr("editable detect · static"));
+    EXPECT_EQ(session.clipboard(), "the user's own");
+    session.key("Escape");
+    session.waitUntilGone(popupTitle);
+}
+
+TEST(EndToEnd, twoPressesReplaceAndShowThePopup)
+{
+    ZelvaneSession session;
+    session.setDefault(QStringLiteral("zv.doubleHotKeyWindow"), true);
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    session.key(ZelvaneSession::toGerman);
+    EXPECT_THAT(text(session.waitForReport()), HasSubstr("mode: autoAndWindow"));
+    session.waitForWindow(popupTitle);
+    EXPECT_EQ(session.provider.requests().size(), 1u);
+    session.key("Escape");
+    session.waitUntilGone(popupTitle);
+    session.desktop.focusWindow(session.desktop.waitForWindow(QStringLiteral("letter.txt")));
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+}
+
+TEST(EndToEnd, aSinglePressWaitsForASecondOne)
+{
+    ZelvaneSession session;
+    session.setDefault(QStringLiteral("zv.doubleHotKeyWindow"), true);
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    EXPECT_THAT(text(session.waitForReport()), HasSubstr("mode: auto\n"));
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+}
+
+TEST(EndToEnd, nothingSelectedSaysSoAndKeepsTheClipboard)
+{
+    ZelvaneSession session;
+    session.setClipboard("the user's own");
+    session.start();
+    session.openEditor("hello world", false);
+    session.key(ZelvaneSession::toGerman);
+    session.waitForWindow(alertTitle);
+    EXPECT_EQ(session.clipboard(), "the user's own");
+    EXPECT_TRUE(session.provider.requests().empty());
+    session.key("Escape");
+    session.waitUntilGone(alertTitle);
+}
+
+TEST(EndToEnd, aProvidersFailureLeavesTextAndClipboardAsTheyWere)
+{
+    ZelvaneSession session;
+    session.setClipboard("the user's own");
+    session.start();
+    session.openEditor("hello world");
+    session.provider.setHandler(
+        [](const RecordedRequest&) { return Answer::json(401, R"({"error":"bad key"})"); });
+    session.key(ZelvaneSession::toGerman);
+    session.waitForWindow(alertTitle);
+    EXPECT_EQ(session.clipboard(), "the user's own");
+    session.key("Return");
+    session.waitUntilGone(alertTitle);
+    session.desktop.focusWindow(session.desktop.waitForWindow(QStringLiteral("letter.txt")));
+    EXPECT_EQ(session.editorText(), "hello world");
+
+    // The gate is open again.
+    session.answerWith("Hallo Welt");
+    session.selectAll();
+    session.key(ZelvaneSession::toGerman);
+    session.waitForReport();
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+}
+
+TEST(EndToEnd, anEditorThatClosesDuringTheCallLosesNothing)
+{
+    ZelvaneSession session;
+    session.setClipboard("the user's own");
+    session.start();
+    const QString editor = session.openEditor("hello world");
+    const QByteArray answer = R"({"choices":[{"message":{"content":"Hallo Welt"}}]})";
+    session.provider.setHandler([answer](const RecordedRequest&) {
+        return Answer().hold().send(httpMessage(200, answer));
+    });
+    session.key(ZelvaneSession::toGerman);
+    ASSERT_TRUE(waitUntil([&] { return session.provider.heldAnswers() == 1; }));
+    session.desktop.xdotool({QStringLiteral("windowkill"), editor});
+    session.waitUntilGone(QStringLiteral("letter.txt"));
+    session.provider.release();
+    session.waitForWindow(popupTitle);
+    EXPECT_THAT(text(session.waitForReport()), HasSubstr("paste target gone"));
+    EXPECT_EQ(session.clipboard(), "the user's own");
+}
+
+TEST(EndToEnd, aWindowInFrontAtTheEndDoesNotGetThePaste)
+{
+    ZelvaneSession session;
+    session.start();
+    session.openEditor("hello world");
+    const QByteArray answer = R"({"choices":[{"message":{"content":"Hallo Welt"}}]})";
+    session.provider.setHandler([answer](const RecordedRequest&) {
+        return Answer().hold().send(httpMessage(200, answer));
+    });
+    session.key(ZelvaneSession::toGerman);
+    ASSERT_TRUE(waitUntil([&] { return session.provider.heldAnswers() == 1; }));
+    session.openReader(QStringLiteral("another window"));
+    session.provider.release();
+    session.waitForReport();
+    session.desktop.focusWindow(session.desktop.waitForWindow(QStringLiteral("letter.txt")));
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+}
+
+struct ClipboardCase
+{
+    const char* name;
+    const char* type;
+    QByteArray bytes;
+};
+
+class EndToEndClipboard : public ::testing::TestWithParam<ClipboardCase>
+{
+};
+
+TEST_P(EndToEndClipboard, comesBackByteForByteAlsoAfterItsProgramHasEnded)
+{
+    const ClipboardCase& given = GetParam();
+    const QString type = QString::fromLatin1(given.type);
+    ZelvaneSession session;
+    session.setClipboard(given.bytes, type);
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    session.waitForReport();
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+    // Taking the clipboard has ended the program that had it: what is there now is the copy.
+    EXPECT_TRUE(waitUntil([&] { return session.clipboard(type) == given.bytes; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, EndToEndClipboard,
+    ::testing::Values(
+        ClipboardCase{"text", "UTF8_STRING", QByteArray("Grüße, мир, 你好, 👋🏽\r\n\ttab")},
+        ClipboardCase{"html", "text/html", QByteArray("<p>na&iuml;ve <b>bold</b>\xc3\xa9</p>\n")},
+        ClipboardCase{"image", "image/png",
+                      QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(400'000, '\xa5') +
+                          QByteArray("\0\xff\0", 3)},
+        ClipboardCase{"files", "text/uri-list",
+                      QByteArray("file:///home/user/a%20b.txt\r\nfile:///tmp/c\r\n")}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(EndToEnd, modifiersThatAreStillHeldDownDisturbNothing)
+{
+    ZelvaneSession session;
+    session.start();
+    session.openEditor("hello world");
+    session.desktop.xdotool({QStringLiteral("keydown"), QStringLiteral("ctrl"),
+                             QStringLiteral("keydown"), QStringLiteral("alt"),
+                             QStringLiteral("key"), QStringLiteral("g")});
+    session.waitForReport();
+    session.desktop.xdotool({QStringLiteral("keyup"), QStringLiteral("alt"),
+                             QStringLiteral("keyup"), QStringLiteral("ctrl")});
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+    // No modifier is stuck: a plain letter arrives as a letter.
+    session.key("ctrl+End");
+    session.key("x");
+    EXPECT_EQ(session.editorText(), "Hallo Weltx");
+}
+
+TEST(EndToEnd, worksWithoutAnAccessibilityBus)
+{
+    DesktopSession::Options options;
+    ZelvaneSession session(options);
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    EXPECT_THAT(text(session.waitForReport()), HasSubstr("editable detect · editable"));
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+}
+
+TEST(EndToEnd, withoutTheTestExtensionItSaysWhatIsMissing)
+{
+    DesktopSession::Options options = ZelvaneSession::wholeDesktop();
+    options.serverArguments = {QStringLiteral("-extension"), QStringLiteral("XTEST")};
+    options.windowManager = false;
+    DesktopSession session(options);
+    const auto outcome = session.run(QStringLiteral(ZELVANE_PROGRAM));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(text(outcome.errors), HasSubstr("XTEST"));
+    EXPECT_THAT(text(outcome.errors), HasSubstr("still work"));
+}
+
+TEST(EndToEnd, withoutADisplayItSaysWhatStillWorks)
+{
+    DesktopSession session;
+    session.setVariable(QStringLiteral("DISPLAY"), QStringLiteral(":9999"));
+    const auto outcome = session.run(QStringLiteral(ZELVANE_PROGRAM));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(text(outcome.errors), HasSubstr("display"));
+    EXPECT_THAT(text(outcome.errors), HasSubstr("zelvane-desk translate"));
+    EXPECT_EQ(outcome.errors.indexOf('\n'), outcome.errors.size() - 1);
+}
+
+TEST(EndToEnd, quitsInOrderWhenItIsAskedTo)
+{
+    ZelvaneSession session;
+    session.setClipboard("the user's own");
+    session.start();
+    session.quit();
+    EXPECT_EQ(session.process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(session.process().exitCode(), 0);
+    EXPECT_EQ(session.clipboard(), "the user's own");
+}
+
+TEST(EndToEnd, theKeyAppearsNowhereButInTheRequestsHeader)
+{
+    ZelvaneSession session;
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    const QByteArray report = session.waitForReport();
+    ASSERT_EQ(session.provider.requests().size(), 1u);
+    const RecordedRequest& request = session.provider.requests().front();
+    EXPECT_EQ(request.header("Authorization"), "Bearer end-to-end-key");
+    EXPECT_THAT(text(request.requestLine), Not(HasSubstr("end-to-end-key")));
+    EXPECT_THAT(text(request.body), Not(HasSubstr("end-to-end-key")));
+    EXPECT_THAT(text(session.printed()), Not(HasSubstr("end-to-end-key")));
+    const auto found = session.desktop.run(
+        QStringLiteral("grep"),
+        {QStringLiteral("-r"), QStringLiteral("end-to-end-key"), session.desktop.home()});
+    EXPECT_EQ(text(found.output), "");
+    QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(session.process().processId()));
+    ASSERT_TRUE(commandLine.open(QIODevice::ReadOnly));
+    EXPECT_THAT(text(commandLine.readAll()), Not(HasSubstr("end-to-end-key")));
+}
+
+} // namespace
+} // namespace zelvane::test

@@ -1,0 +1,255 @@
+#include "end_to_end/ZelvaneSession.h"
+
+#include "support/Await.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <stdexcept>
+
+namespace zelvane::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto patience = 15s;
+
+const char* const program = ZELVANE_PROGRAM;
+
+const char* const reader = R"(
+import sys, gi
+gi.require_version("Gtk", "3.0")
+from gi.repository import Gtk
+window = Gtk.Window(title="Reader")
+window.set_default_size(480, 160)
+view = Gtk.TextView(editable=False)
+view.get_buffer().set_text(sys.argv[1])
+window.add(view)
+window.connect("destroy", Gtk.main_quit)
+window.show_all()
+view.grab_focus()
+Gtk.main()
+)";
+
+[[noreturn]] void giveUp(const QString& what)
+{
+    throw std::runtime_error("end to end: " + what.toStdString());
+}
+
+QJsonObject pair(const QString& target, int keyCode)
+{
+    return {{QStringLiteral("id"),
+             QStringLiteral("00000000-0000-4000-8000-%1").arg(keyCode, 12, 10, QLatin1Char('0'))},
+            {QStringLiteral("enabled"), true},
+            {QStringLiteral("source"), QStringLiteral("Any Language")},
+            {QStringLiteral("target"), target},
+            {QStringLiteral("hotKey"), QJsonObject{{QStringLiteral("keyCode"), keyCode},
+                                                   {QStringLiteral("carbonModifiers"), 0x1800}}}};
+}
+
+} // namespace
+
+DesktopSession::Options ZelvaneSession::wholeDesktop()
+{
+    DesktopSession::Options options;
+    options.sessionBus = true;
+    options.accessibilityBus = true;
+    return options;
+}
+
+ZelvaneSession::ZelvaneSession(const DesktopSession::Options& options)
+    : desktop(options)
+{
+    desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QStringLiteral("end-to-end-key"));
+    const QJsonArray pairs{pair(QStringLiteral("German"), 5),
+                           pair(QStringLiteral("English (US)"), 14)};
+    const QString json = QString::fromUtf8(QJsonDocument(pairs).toJson(QJsonDocument::Compact));
+    const auto write = [this](const QStringList& rest) {
+        zelvane(QStringList{QStringLiteral("defaults"), QStringLiteral("write")} + rest);
+    };
+    write({QStringLiteral("zv.provider"), QStringLiteral("Mistral")});
+    write({QStringLiteral("zv.endpoint.Mistral"), provider.url().toString()});
+    write({QStringLiteral("zv.pairs"), QStringLiteral("--data"), json});
+    setDefault(QStringLiteral("zv.hasSeenOnboarding"), true);
+    setDefault(QStringLiteral("zv.doubleHotKeyWindow"), false);
+    answerWith("Hallo Welt");
+}
+
+QStringList ZelvaneSession::withProfile(const QStringList& arguments) const
+{
+    return QStringList{QStringLiteral("--profile"), desktop.home() + QStringLiteral("/profile")} +
+           arguments;
+}
+
+QByteArray ZelvaneSession::zelvane(const QStringList& arguments)
+{
+    const auto outcome = desktop.run(QString::fromUtf8(program), withProfile(arguments));
+    if (outcome.exitCode != 0) {
+        giveUp(QString::fromUtf8(outcome.errors));
+    }
+    return outcome.output;
+}
+
+void ZelvaneSession::setDefault(const QString& key, bool value)
+{
+    zelvane({QStringLiteral("defaults"), QStringLiteral("write"), key, QStringLiteral("--bool"),
+             value ? QStringLiteral("true") : QStringLiteral("false")});
+}
+
+void ZelvaneSession::start()
+{
+    m_process =
+        &desktop.start(QString::fromUtf8(program), withProfile({QStringLiteral("--report")}));
+    if (!waitUntil([this] { return printed().startsWith("ready\n"); }, patience)) {
+        giveUp(QStringLiteral("the program did not get ready; it printed: ") +
+               QString::fromUtf8(m_printed));
+    }
+}
+
+QByteArray ZelvaneSession::printed()
+{
+    if (m_process) {
+        m_printed += m_process->readAllStandardOutput();
+    }
+    return m_printed;
+}
+
+void ZelvaneSession::quit()
+{
+    m_process->terminate();
+    if (!waitUntil([this] { return m_process->state() == QProcess::NotRunning; }, patience)) {
+        giveUp(QStringLiteral("the program did not quit"));
+    }
+}
+
+QByteArray ZelvaneSession::waitForReport(int run)
+{
+    const auto reports = [this] { return printed().count("\nverdict: "); };
+    if (!waitUntil([&] { return reports() >= run; }, patience)) {
+        giveUp(QStringLiteral("the run did not end; printed: ") + QString::fromUtf8(m_printed));
+    }
+    QByteArray rest = m_printed;
+    for (int i = 1; i < run; ++i) {
+        rest = rest.mid(rest.indexOf("\nverdict: ") + 1);
+    }
+    return rest;
+}
+
+void ZelvaneSession::answerWith(const QByteArray& translation)
+{
+    const QJsonObject message{{QStringLiteral("role"), QStringLiteral("assistant")},
+                              {QStringLiteral("content"), QString::fromUtf8(translation)}};
+    const QJsonObject body{
+        {QStringLiteral("choices"), QJsonArray{QJsonObject{{QStringLiteral("index"), 0},
+                                                           {QStringLiteral("message"), message}}}}};
+    const QByteArray json = QJsonDocument(body).toJson(QJsonDocument::Compact);
+    provider.setHandler([json](const RecordedRequest&) { return Answer::json(200, json); });
+}
+
+QStringList ZelvaneSession::askedTexts() const
+{
+    QStringList texts;
+    for (const RecordedRequest& request : provider.requests()) {
+        texts << QJsonDocument::fromJson(
+                     request.body)[QStringLiteral("messages")][1][QStringLiteral("content")]
+                     .toString();
+    }
+    return texts;
+}
+
+QString ZelvaneSession::openEditor(const QByteArray& text, bool selected)
+{
+    m_document = desktop.writeFile(QStringLiteral("letter.txt"), text);
+    desktop.start(QStringLiteral("mousepad"), {QStringLiteral("--disable-server"), m_document});
+    const QString window = waitForWindow(QStringLiteral("letter.txt"));
+    desktop.focusWindow(window);
+    // A window has the focus a moment before its text area takes keys.
+    waitUntil([] { return false; }, 400ms);
+    if (selected) {
+        selectAll();
+    }
+    return window;
+}
+
+QByteArray ZelvaneSession::editorText()
+{
+    key("ctrl+s");
+    QByteArray content;
+    waitUntil(
+        [&] {
+            QFile file(m_document);
+            return file.open(QIODevice::ReadOnly) && (content = file.readAll(), false);
+        },
+        600ms);
+    return content.trimmed();
+}
+
+QString ZelvaneSession::openReader(const QString& text)
+{
+    const QString script = desktop.writeFile(QStringLiteral("reader.py"), reader);
+    desktop.start(QStringLiteral("/usr/bin/python3"), {script, text});
+    const QString window = waitForWindow(QStringLiteral("^Reader$"));
+    desktop.focusWindow(window);
+    waitUntil([] { return false; }, 400ms);
+    return window;
+}
+
+void ZelvaneSession::selectAll()
+{
+    key("ctrl+a");
+    // Nothing tells when the program has done it.
+    waitUntil([] { return false; }, 150ms);
+}
+
+bool ZelvaneSession::windowIsVisible(const QString& title)
+{
+    const auto found = desktop.run(QStringLiteral("xdotool"),
+                                   {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                    QStringLiteral("--name"), title});
+    return !found.output.trimmed().isEmpty();
+}
+
+QString ZelvaneSession::waitForWindow(const QString& title)
+{
+    if (!waitUntil([&] { return windowIsVisible(title); }, patience)) {
+        giveUp(QStringLiteral("there is no window ") + title);
+    }
+    return desktop.waitForWindow(title);
+}
+
+void ZelvaneSession::waitUntilGone(const QString& title)
+{
+    if (!waitUntil([&] { return !windowIsVisible(title); }, patience)) {
+        giveUp(QStringLiteral("there is still a window ") + title);
+    }
+}
+
+void ZelvaneSession::setClipboard(const QByteArray& bytes, const QString& type)
+{
+    // xclip stays in the background to serve what it was given.
+    QProcess& xclip = desktop.start(QStringLiteral("xclip"),
+                                    {QStringLiteral("-quiet"), QStringLiteral("-selection"),
+                                     QStringLiteral("clipboard"), QStringLiteral("-t"), type});
+    xclip.write(bytes);
+    xclip.closeWriteChannel();
+    if (!waitUntil([&] { return clipboard(type) == bytes; }, patience)) {
+        giveUp(QStringLiteral("the clipboard was not taken"));
+    }
+}
+
+QByteArray ZelvaneSession::clipboard(const QString& type)
+{
+    return desktop
+        .run(QStringLiteral("xclip"), {QStringLiteral("-selection"), QStringLiteral("clipboard"),
+                                       QStringLiteral("-t"), type, QStringLiteral("-o")})
+        .output;
+}
+
+bool ZelvaneSession::clipboardBecomes(const QByteArray& text)
+{
+    return waitUntil([&] { return clipboard() == text; }, patience);
+}
+
+} // namespace zelvane::test

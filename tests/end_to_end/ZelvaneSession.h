@@ -1,0 +1,83 @@
+#pragma once
+
+#include "support/DesktopSession.h"
+#include "support/LoopbackHttpServer.h"
+
+#include <QJsonObject>
+#include <QStringList>
+
+#include <memory>
+
+namespace zelvane::test {
+
+/// The program itself on a desktop of its own, with a provider on this machine.
+///
+/// Settings are written through the program's own command line before it starts.
+class ZelvaneSession
+{
+public:
+    /// A session bus and an accessibility bus besides the window manager.
+    [[nodiscard]] static DesktopSession::Options wholeDesktop();
+
+    explicit ZelvaneSession(const DesktopSession::Options& options = wholeDesktop());
+
+    /// Control+Alt+G translates into German, Control+Alt+E into English.
+    static constexpr const char* toGerman = "ctrl+alt+g";
+    static constexpr const char* toEnglish = "ctrl+alt+e";
+
+    DesktopSession desktop;
+    LoopbackHttpServer provider;
+
+    /// Runs a command of the program in this session's profile; throws if it fails.
+    QByteArray zelvane(const QStringList& arguments);
+    void setDefault(const QString& key, bool value);
+
+    /// Starts the program and waits until its shortcuts work.
+    void start();
+    /// What the running program has printed so far.
+    [[nodiscard]] QByteArray printed();
+    /// Asks the program to quit, as a session's end does, and waits for it.
+    void quit();
+    [[nodiscard]] QProcess& process() { return *m_process; }
+
+    /// Waits for the timing report of the run that ends next, counted from 1.
+    QByteArray waitForReport(int run = 1);
+
+    /// Answers every request with this translation.
+    void answerWith(const QByteArray& translation);
+    /// The texts that the provider was asked to translate.
+    [[nodiscard]] QStringList askedTexts() const;
+
+    /// Opens the text in an editor, and selects all of it or nothing. Yields the editor's window.
+    QString openEditor(const QByteArray& text, bool selected = true);
+    /// What the editor holds: saved by its own shortcut and read from the file.
+    [[nodiscard]] QByteArray editorText();
+    /// Opens a window with a text that can be selected but not changed.
+    QString openReader(const QString& text);
+    /// Selects all text of the window in front.
+    void selectAll();
+
+    void key(const char* chord)
+    {
+        desktop.xdotool({QStringLiteral("key"), QString::fromLatin1(chord)});
+    }
+    /// Waits for a visible window with this title, while the provider goes on answering.
+    QString waitForWindow(const QString& title);
+    [[nodiscard]] bool windowIsVisible(const QString& title);
+    void waitUntilGone(const QString& title);
+
+    /// Puts bytes on the clipboard under one type, as another program would.
+    void setClipboard(const QByteArray& bytes, const QString& type = QStringLiteral("UTF8_STRING"));
+    [[nodiscard]] QByteArray clipboard(const QString& type = QStringLiteral("UTF8_STRING"));
+    /// Waits until the clipboard holds this text.
+    [[nodiscard]] bool clipboardBecomes(const QByteArray& text);
+
+private:
+    [[nodiscard]] QStringList withProfile(const QStringList& arguments) const;
+
+    QProcess* m_process = nullptr;
+    QByteArray m_printed;
+    QString m_document;
+};
+
+} // namespace zelvane::test
