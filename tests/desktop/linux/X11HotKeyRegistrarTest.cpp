@@ -386,8 +386,7 @@ TEST(X11SessionWithoutServer, saysThatTheExtensionForKeysIsMissing)
     ASSERT_FALSE(opened);
     EXPECT_EQ(opened.error(),
               QStringLiteral("The X server lacks the extension XTEST, so Zelvane Desk can't press "
-                             "keys for you. The translation window and the command line still "
-                             "work."));
+                             "keys for you. The commands translate and defaults still work."));
 }
 
 TEST(X11SessionWithoutServer, aServerThatEndsIsToldOnceAndRefusesChords)

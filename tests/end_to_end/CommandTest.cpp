@@ -1,0 +1,261 @@
+// The commands of the program's own binary, without a display, a session bus or a desktop.
+
+#include "support/Await.h"
+#include "support/LoopbackHttpServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <csignal>
+
+namespace zelvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+struct Ended
+{
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+class Commands : public ::testing::Test
+{
+protected:
+    Commands()
+    {
+        // Nothing of the desktop that the tests may run on.
+        environment.insert(QStringLiteral("HOME"), home.path());
+        environment.insert(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin"));
+        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+        environment.insert(QStringLiteral("ZELVANE_API_KEY"), QStringLiteral("command-key"));
+        run({"defaults", "write", "zv.provider", "Mistral"});
+        run({"defaults", "write", "zv.endpoint.Mistral",
+             provider.url().toString().toUtf8().constData()});
+    }
+
+    std::unique_ptr<QProcess> start(std::initializer_list<const char*> arguments)
+    {
+        QStringList words{QStringLiteral("--profile"), home.filePath(QStringLiteral("profile"))};
+        for (const char* argument : arguments) {
+            words << QString::fromUtf8(argument);
+        }
+        auto process = std::make_unique<QProcess>();
+        process->setProcessEnvironment(environment);
+        process->start(QStringLiteral(ZELVANE_PROGRAM), words);
+        return process;
+    }
+
+    static Ended end(QProcess& process)
+    {
+        EXPECT_TRUE(waitUntil([&] { return process.state() == QProcess::NotRunning; }));
+        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+                process.readAllStandardError().toStdString()};
+    }
+
+    Ended run(std::initializer_list<const char*> arguments, const QByteArray& input = {})
+    {
+        const auto process = start(arguments);
+        process->write(input);
+        process->closeWriteChannel();
+        return end(*process);
+    }
+
+    void answer(const QByteArray& content)
+    {
+        provider.enqueue(
+            Answer::json(200, R"({"choices":[{"message":{"content":")" + content + R"("}}]})"));
+    }
+
+    QTemporaryDir home;
+    QProcessEnvironment environment;
+    LoopbackHttpServer provider;
+};
+
+TEST_F(Commands, translatePrintsTheTranslationAlone)
+{
+    answer("Hallo Welt");
+    const Ended ended = run({"translate", "--from", "English", "--to", "German", "hello world"});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "Hallo Welt\n");
+    EXPECT_EQ(ended.errors, "");
+    ASSERT_EQ(provider.requests().size(), 1u);
+    EXPECT_EQ(provider.requests().front().header("Authorization"), "Bearer command-key");
+}
+
+TEST_F(Commands, translateReadsStandardInput)
+{
+    answer("Grüße");
+    const Ended ended = run({"translate", "--to", "German", "-"}, "greetings\n");
+    EXPECT_EQ(ended.output, "Grüße\n");
+    EXPECT_THAT(provider.requests().front().body.toStdString(), HasSubstr(R"("greetings")"));
+}
+
+TEST_F(Commands, translateReportsOnStandardErrorWithoutKeyAndText)
+{
+    answer("Hallo");
+    const Ended ended = run({"translate", "--to", "German", "--trace", "private text"});
+    EXPECT_EQ(ended.output, "Hallo\n");
+    EXPECT_THAT(ended.errors, HasSubstr("Zelvane · translation timing\n"));
+    EXPECT_THAT(ended.errors, HasSubstr("verdict: "));
+    EXPECT_THAT(ended.errors, Not(HasSubstr("command-key")));
+    EXPECT_THAT(ended.errors, Not(HasSubstr("private text")));
+}
+
+TEST_F(Commands, translateChoosesTheEngineForOneCall)
+{
+    run({"defaults", "write", "zv.endpoint.ChatGPT",
+         provider.url().toString().toUtf8().constData()});
+    answer("Hallo");
+    const Ended ended = run({"translate", "--to", "German", "--engine", "ChatGPT", "--model",
+                             "gpt-5-mini", "--prompt", "To {{target}}!", "hello"});
+    EXPECT_EQ(ended.output, "Hallo\n");
+    const std::string body = provider.requests().front().body.toStdString();
+    EXPECT_THAT(body, HasSubstr(R"("model":"gpt-5-mini")"));
+    EXPECT_THAT(body, HasSubstr(R"("To German!")"));
+    EXPECT_EQ(run({"defaults", "read", "zv.provider"}).output, "Mistral\n");
+    EXPECT_EQ(run({"defaults", "read", "zv.model.ChatGPT"}).status, 1);
+}
+
+TEST_F(Commands, aFailedTranslationIsStatusOne)
+{
+    provider.enqueue(Answer::json(429, R"({"message":"slow down"})"));
+    const Ended ended = run({"translate", "--to", "German", "hello"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors, "zelvane-desk: API error 429: {\"message\":\"slow down\"}\n");
+}
+
+TEST_F(Commands, withoutAKeyAndWithoutABusTranslateSaysWhatIsMissing)
+{
+    environment.remove(QStringLiteral("ZELVANE_API_KEY"));
+    const Ended ended = run({"translate", "--to", "German", "hello"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.errors, "zelvane-desk: API key is not set. Open Settings and add your key.\n");
+}
+
+TEST_F(Commands, wrongUsageIsStatusTwo)
+{
+    EXPECT_EQ(run({"translate", "hello"}).status, 2);
+    EXPECT_EQ(run({"defaults"}).status, 2);
+    EXPECT_EQ(run({"nonsense"}).status, 2);
+    EXPECT_TRUE(provider.requests().empty());
+}
+
+TEST_F(Commands, controlCEndsTheExchangeWithStatus130)
+{
+    provider.enqueue(Answer().hold());
+    const auto process = start({"translate", "--to", "German", "hello"});
+    ASSERT_TRUE(waitUntil([&] { return provider.heldAnswers() == 1; }));
+    ::kill(pid_t(process->processId()), SIGINT);
+    EXPECT_EQ(end(*process).status, 130);
+    EXPECT_TRUE(waitUntil([&] { return provider.openConnections() == 0; }));
+}
+
+TEST_F(Commands, controlCWhileItWaitsForInputEndsIt)
+{
+    const auto process = start({"translate", "--to", "German"});
+    ASSERT_TRUE(process->waitForStarted(5000));
+    // It may still be on its way to its first read; the signal ends it at any point.
+    ::kill(pid_t(process->processId()), SIGINT);
+    ASSERT_TRUE(waitUntil([&] { return process->state() == QProcess::NotRunning; }));
+    EXPECT_TRUE(process->exitStatus() == QProcess::CrashExit || process->exitCode() == 130);
+}
+
+TEST_F(Commands, aClosedPipeIsAFailure)
+{
+    answer("Hallo");
+    const auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(environment);
+    process->start(
+        QStringLiteral("/bin/sh"),
+        {QStringLiteral("-c"),
+         QStringLiteral("\"$0\" --profile \"$1\" translate --to German hello >/dev/full"),
+         QStringLiteral(ZELVANE_PROGRAM), home.filePath(QStringLiteral("profile"))});
+    const Ended ended = end(*process);
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.errors, "zelvane-desk: standard output could not be written\n");
+}
+
+TEST_F(Commands, defaultsKeepTypesBetweenCalls)
+{
+    EXPECT_EQ(run({"defaults", "write", "zv.autoReplace", "--bool", "false"}).status, 0);
+    EXPECT_EQ(run({"defaults", "write", "zv.n", "--int", "42"}).status, 0);
+    EXPECT_EQ(run({"defaults", "write", "zv.x", "--double", "1"}).status, 0);
+    EXPECT_EQ(run({"defaults", "write", "zv.pairs", "--data", "[]"}).status, 0);
+    EXPECT_THAT(run({"defaults", "list"}).output, HasSubstr("zv.autoReplace\tbool\tfalse\n"));
+    EXPECT_EQ(run({"defaults", "read", "zv.n"}).output, "42\n");
+    EXPECT_THAT(run({"defaults", "list", "zv.x"}).output, HasSubstr("zv.x\tdouble\t1"));
+    EXPECT_EQ(run({"defaults", "read", "zv.pairs"}).output, "[]\n");
+    EXPECT_EQ(run({"defaults", "delete", "zv.n"}).status, 0);
+    EXPECT_EQ(run({"defaults", "read", "zv.n"}).status, 1);
+}
+
+TEST_F(Commands, settingsThatCannotBeStoredAreAFailure)
+{
+    // A file where the folder should be stands in the way even of root.
+    QFile file(home.filePath(QStringLiteral("blocked")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    const auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(environment);
+    process->start(QStringLiteral(ZELVANE_PROGRAM),
+                   {QStringLiteral("--profile"), file.fileName(), QStringLiteral("defaults"),
+                    QStringLiteral("write"), QStringLiteral("zv.a"), QStringLiteral("b")});
+    const Ended ended = end(*process);
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, HasSubstr("zelvane-desk: "));
+}
+
+struct BrokenCase
+{
+    const char* name;
+    Answer answer;
+    const char* error;
+};
+
+class BrokenProvider : public Commands, public ::testing::WithParamInterface<BrokenCase>
+{
+};
+
+TEST_P(BrokenProvider, isAFailureInWords)
+{
+    provider.enqueue(GetParam().answer);
+    const Ended ended = run({"translate", "--to", "German", "hello"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, HasSubstr(GetParam().error));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, BrokenProvider,
+    ::testing::Values(
+        BrokenCase{"html",
+                   Answer().send(httpMessage(200, "<html>Sign in</html>",
+                                             {{"Content-Type", "text/html"}})),
+                   "zelvane-desk: "},
+        BrokenCase{"anotherShape", Answer::json(200, R"({"ok":true})"),
+                   "zelvane-desk: Unexpected response from the AI provider.\n"},
+        BrokenCase{"nullContent",
+                   Answer::json(200, R"({"choices":[{"message":{"content":null}}]})"),
+                   "zelvane-desk: Unexpected response from the AI provider.\n"},
+        BrokenCase{"halfABody",
+                   Answer().send(httpMessage(200, R"({"choices":[]})").chopped(5)).close(),
+                   "zelvane-desk: "},
+        BrokenCase{"deepJson", Answer::json(200, QByteArray(100'000, '[')), "zelvane-desk: "},
+        BrokenCase{"hundredMegabytes",
+                   Answer()
+                       .send("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n"
+                             "Content-Length: 104857600\r\n\r\n")
+                       .flood(104'857'600),
+                   "zelvane-desk: "}),
+    [](const auto& info) { return info.param.name; });
+
+} // namespace
+} // namespace zelvane::test
