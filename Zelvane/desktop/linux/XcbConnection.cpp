@@ -22,20 +22,20 @@ QString missing(XExtension extension)
     switch (extension) {
     case XExtension::xtest:
         return localizedText(QStringLiteral(
-            "The X server lacks the extension XTEST, so Zelvane Desk can't press keys for you. The "
-            "translation window and the command line still work."));
+            "The X server lacks the extension XTEST, so Zelvane Desk can't press keys for you. "
+            "The commands translate and defaults still work."));
     case XExtension::xinput2:
         return localizedText(QStringLiteral(
-            "The X server lacks XInput 2, so Zelvane Desk can't watch for its hotkeys. The "
-            "translation window and the command line still work."));
+            "The X server lacks XInput 2, so Zelvane Desk can't watch for its hotkeys. "
+            "The commands translate and defaults still work."));
     case XExtension::xfixes:
         return localizedText(QStringLiteral(
             "The X server lacks the extension XFixes, so Zelvane Desk can't look after your "
-            "clipboard. The translation window and the command line still work."));
+            "clipboard. The commands translate and defaults still work."));
     case XExtension::xkb:
         return localizedText(QStringLiteral(
-            "The X server lacks the extension XKB, so Zelvane Desk can't read your keyboard. The "
-            "translation window and the command line still work."));
+            "The X server lacks the extension XKB, so Zelvane Desk can't read your keyboard. "
+            "The commands translate and defaults still work."));
     }
     Q_UNREACHABLE();
 }
