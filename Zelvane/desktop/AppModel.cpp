@@ -22,7 +22,7 @@ constexpr milliseconds permissionTolerance{1000};
 constexpr milliseconds announcementDelay{800};
 
 // The hyphen of the option menu's statuses is U+2011, so that no line breaks in it.
-const QLatin1String readyText("Ready");
+const QString readyText = LOCALIZATION_KEY("Ready");
 constexpr QStringView optionMenuPrefix = u"⌥\u2011menu";
 
 const char* stateName(AccessibilityPermission::State state)
@@ -144,14 +144,14 @@ void AppModel::refreshOptionMenuStatus()
     }
     if (m_parts.optionMenu.isListening()) {
         if (statusIsIdle()) {
-            setStatus(QStringLiteral("⌥\u2011menu: active"));
+            setStatus(LOCALIZATION_KEY("⌥\u2011menu: active"));
         }
         return;
     }
     const QString error = m_parts.optionMenu.lastError();
-    const QString required = QStringLiteral("Accessibility required");
+    const QString required = LOCALIZATION_KEY("Accessibility required");
     if (error == required || error == localizedText(required)) {
-        setStatus(QStringLiteral("⌥\u2011menu: waiting for Accessibility…"));
+        setStatus(LOCALIZATION_KEY("⌥\u2011menu: waiting for Accessibility…"));
     } else if (!error.isEmpty()) {
         m_status = localizedFormat(QStringLiteral("⌥\u2011menu: %@"), {error});
     }
@@ -204,7 +204,7 @@ void AppModel::handleHotKey(const QUuid& pairId)
         return;
     }
     const LanguagePair& pair = *found;
-    const QString pressed = QStringLiteral("Hotkey → %@");
+    const QString pressed = LOCALIZATION_KEY("Hotkey → %@");
 
     if (!m_parts.settings.autoReplace() || !m_parts.settings.doubleHotKeyWindow()) {
         setStatus(pressed, pair);
@@ -212,7 +212,7 @@ void AppModel::handleHotKey(const QUuid& pairId)
         return;
     }
     if (m_pendingHotKey.erase(pairId) > 0) {
-        setStatus(QStringLiteral("Hotkey ×2 → %@"), pair);
+        setStatus(LOCALIZATION_KEY("Hotkey ×2 → %@"), pair);
         runTranslation(pair, TranslateOutputMode::autoAndWindow);
         return;
     }
@@ -227,7 +227,7 @@ void AppModel::handleHotKey(const QUuid& pairId)
 
 void AppModel::handleOptionMenuChoice(const LanguagePair& pair, TranslateOutputMode mode)
 {
-    setStatus(QStringLiteral("⌥\u2011click → %@"), pair);
+    setStatus(LOCALIZATION_KEY("⌥\u2011click → %@"), pair);
     runTranslation(pair, mode);
 }
 
@@ -237,7 +237,7 @@ void AppModel::runTranslation(const LanguagePair& pair, TranslateOutputMode mode
         return;
     }
     m_isBusy = true;
-    setStatus(QStringLiteral("Translating %@…"), pair);
+    setStatus(LOCALIZATION_KEY("Translating %@…"), pair);
     m_lastError = std::nullopt;
     const bool autoReplace = m_parts.settings.autoReplace();
     m_tasks.start([this, pair, mode, autoReplace](std::stop_token stop) {
@@ -259,7 +259,8 @@ QCoro::Task<void> AppModel::run(LanguagePair pair, TranslateOutputMode mode, boo
             m_parts.windows.presentTranslationResult(result.original, result.translated,
                                                      result.diagnostics);
         }
-        setStatus(result.replaced ? QStringLiteral("Done · %@") : QStringLiteral("Translated · %@"),
+        setStatus(result.replaced ? LOCALIZATION_KEY("Done · %@")
+                                  : LOCALIZATION_KEY("Translated · %@"),
                   pair);
         m_isBusy = false;
         Q_EMIT translationDelivered(result.diagnostics);
@@ -277,7 +278,7 @@ QCoro::Task<void> AppModel::deliverFailure(std::exception_ptr error)
     const QPointer model(this);
     refreshAccessibilityState();
     m_lastError = describe(error);
-    setStatus(QStringLiteral("Error"));
+    setStatus(LOCALIZATION_KEY("Error"));
     m_parts.alerts.activateApplication();
     co_await presentFailure(error);
     if (model) {

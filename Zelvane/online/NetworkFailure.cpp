@@ -32,32 +32,32 @@ QString textOf(NetworkFailure failure, const QString& host)
     case NetworkFailure::notAnAddress:
         return localizedText(QStringLiteral("This is not the address of a web server."));
     case NetworkFailure::unsendableHeader:
-        return about(QStringLiteral("The API key for %@ holds a line break."));
+        return about(LOCALIZATION_KEY("The API key for %@ holds a line break."));
     case NetworkFailure::plainHttp:
-        return about(QStringLiteral("%@ may only be reached over HTTPS."));
+        return about(LOCALIZATION_KEY("%@ may only be reached over HTTPS."));
     case NetworkFailure::hostNotFound:
-        return about(QStringLiteral("The server %@ was not found. Is the internet reachable?"));
+        return about(LOCALIZATION_KEY("The server %@ was not found. Is the internet reachable?"));
     case NetworkFailure::refused:
-        return about(QStringLiteral("%@ refuses the connection."));
+        return about(LOCALIZATION_KEY("%@ refuses the connection."));
     case NetworkFailure::proxy:
-        return about(QStringLiteral("The proxy server does not connect to %@."));
+        return about(LOCALIZATION_KEY("The proxy server does not connect to %@."));
     case NetworkFailure::dropped:
-        return about(QStringLiteral("The connection to %@ ended without a valid answer."));
+        return about(LOCALIZATION_KEY("The connection to %@ ended without a valid answer."));
     case NetworkFailure::packed:
-        return about(QStringLiteral("The answer of %@ is packed and can't be read."));
+        return about(LOCALIZATION_KEY("The answer of %@ is packed and can't be read."));
     case NetworkFailure::otherConnection:
-        return about(QStringLiteral("The connection to %@ failed."));
+        return about(LOCALIZATION_KEY("The connection to %@ failed."));
     case NetworkFailure::noTls:
-        return about(QStringLiteral("No secure connection to %@ is possible."));
+        return about(LOCALIZATION_KEY("No secure connection to %@ is possible."));
     case NetworkFailure::untrustedCertificate:
-        return about(QStringLiteral("The certificate of %@ is not trusted."));
+        return about(LOCALIZATION_KEY("The certificate of %@ is not trusted."));
     case NetworkFailure::silence:
     case NetworkFailure::tooLong:
-        return about(QStringLiteral("%@ did not answer in time."));
+        return about(LOCALIZATION_KEY("%@ did not answer in time."));
     case NetworkFailure::tooLarge:
-        return about(QStringLiteral("The answer of %@ is too large."));
+        return about(LOCALIZATION_KEY("The answer of %@ is too large."));
     case NetworkFailure::truncated:
-        return about(QStringLiteral("The answer of %@ is incomplete."));
+        return about(LOCALIZATION_KEY("The answer of %@ is incomplete."));
     }
     Q_UNREACHABLE();
 }

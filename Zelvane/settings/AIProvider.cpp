@@ -28,57 +28,59 @@ const std::array<Entry, allProviders.size()>& catalogue()
         {AIProvider::zelvane, Group::hosted, QStringLiteral("Zelvane"),
          QStringLiteral("Zelvane Best&Fast (Online)"), QStringLiteral("gemini-3.1-flash-lite"),
          QStringLiteral("https://api.zelvane.org/health"),
-         QStringLiteral("Best quality and speed when you are online. Handles slang, long texts, "
-                        "and everyday writing well. Choose this whenever you have an internet "
-                        "connection.")},
+         LOCALIZATION_KEY("Best quality and speed when you are online. Handles slang, long texts, "
+                          "and everyday writing well. Choose this whenever you have an internet "
+                          "connection.")},
         {AIProvider::chatGPT, Group::ownKey, QStringLiteral("ChatGPT"), QStringLiteral("ChatGPT"),
          QStringLiteral("gpt-5-nano"), QStringLiteral("https://platform.openai.com/api-keys"),
-         QStringLiteral("OpenAI models with strong general translation. Choose if you already use "
-                        "ChatGPT or want GPT-quality results with your own key.")},
+         LOCALIZATION_KEY(
+             "OpenAI models with strong general translation. Choose if you already use "
+             "ChatGPT or want GPT-quality results with your own key.")},
         {AIProvider::gemini, Group::ownKey, QStringLiteral("Gemini"), QStringLiteral("Gemini"),
          QStringLiteral("gemini-2.0-flash"), QStringLiteral("https://aistudio.google.com/apikey"),
-         QStringLiteral("Google models — fast and strong across many languages. Choose if you "
-                        "prefer Google AI or already have a Gemini API key.")},
+         LOCALIZATION_KEY("Google models — fast and strong across many languages. Choose if you "
+                          "prefer Google AI or already have a Gemini API key.")},
         {AIProvider::claude, Group::ownKey, QStringLiteral("Claude"), QStringLiteral("Claude"),
          QStringLiteral("claude-sonnet-4-20250514"),
          QStringLiteral("https://console.anthropic.com/settings/keys"),
-         QStringLiteral("Anthropic models that are careful with tone and longer writing. Choose "
-                        "when nuance and natural phrasing matter most.")},
+         LOCALIZATION_KEY("Anthropic models that are careful with tone and longer writing. Choose "
+                          "when nuance and natural phrasing matter most.")},
         {AIProvider::deepSeek, Group::ownKey, QStringLiteral("DeepSeek"),
          QStringLiteral("DeepSeek"), QStringLiteral("deepseek-chat"),
          QStringLiteral("https://platform.deepseek.com/api_keys"),
-         QStringLiteral("Capable multilingual translation at a lower API cost. Choose for "
-                        "technical or high-volume work on a budget.")},
+         LOCALIZATION_KEY("Capable multilingual translation at a lower API cost. Choose for "
+                          "technical or high-volume work on a budget.")},
         {AIProvider::mistral, Group::ownKey, QStringLiteral("Mistral"), QStringLiteral("Mistral"),
          QStringLiteral("mistral-small-latest"),
          QStringLiteral("https://console.mistral.ai/api-keys"),
-         QStringLiteral("European AI models with solid multilingual performance. Choose if you "
-                        "prefer an EU-based provider.")},
+         LOCALIZATION_KEY("European AI models with solid multilingual performance. Choose if you "
+                          "prefer an EU-based provider.")},
         {AIProvider::grok, Group::ownKey, QStringLiteral("Grok"), QStringLiteral("Grok"),
          QStringLiteral("grok-2-latest"), QStringLiteral("https://console.x.ai"),
-         QStringLiteral("xAI models. Choose if you already use Grok or have an xAI API key.")},
+         LOCALIZATION_KEY("xAI models. Choose if you already use Grok or have an xAI API key.")},
         {AIProvider::deepL, Group::ownKey, QStringLiteral("DeepL"), QStringLiteral("DeepL"),
          QStringLiteral("deepl"), QStringLiteral("https://www.deepl.com/pro-api"),
-         QStringLiteral("A dedicated translation service — often excellent for European "
-                        "languages. Best for polished formal text. Uses your DeepL key; custom "
-                        "prompts are not applied.")},
+         LOCALIZATION_KEY("A dedicated translation service — often excellent for European "
+                          "languages. Best for polished formal text. Uses your DeepL key; custom "
+                          "prompts are not applied.")},
         {AIProvider::smartOffline, Group::offline, QStringLiteral("Smart Offline"),
          QStringLiteral("Smart Offline"), QStringLiteral("hymt2-7b-q4-k-m"),
          QStringLiteral("https://huggingface.co/tencent/Hy-MT2-7B-GGUF"),
-         QStringLiteral("Best offline quality. Strong on formal writing, technical terms, and "
-                        "natural slang. Choose when accuracy without internet matters more than "
-                        "speed.")},
+         LOCALIZATION_KEY("Best offline quality. Strong on formal writing, technical terms, and "
+                          "natural slang. Choose when accuracy without internet matters more than "
+                          "speed.")},
         {AIProvider::balancedOffline, Group::offline, QStringLiteral("Balanced Offline"),
          QStringLiteral("Balanced Offline"), QStringLiteral("eurollm-9b-instruct-q4-k-m"),
          QStringLiteral("https://huggingface.co/utter-project/EuroLLM-9B-Instruct"),
-         QStringLiteral("Solid offline quality for European languages. A good middle ground "
-                        "between quality and speed when you are offline.")},
+         LOCALIZATION_KEY("Solid offline quality for European languages. A good middle ground "
+                          "between quality and speed when you are offline.")},
         {AIProvider::fastOffline, Group::offline, QStringLiteral("Fast Offline"),
          QStringLiteral("Fast Offline"), QStringLiteral("lmt-60-4b-q4-k-m"),
          QStringLiteral("https://huggingface.co/NiuTrans/LMT-60-4B"),
-         QStringLiteral("Fastest and lightest offline option. Fine for short, simple phrases; "
-                        "weaker on long texts, slang, and specialist terms. Choose when speed and "
-                        "disk space matter most.")},
+         LOCALIZATION_KEY(
+             "Fastest and lightest offline option. Fine for short, simple phrases; "
+             "weaker on long texts, slang, and specialist terms. Choose when speed and "
+             "disk space matter most.")},
     }};
     return entries;
 }

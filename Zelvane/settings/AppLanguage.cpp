@@ -19,7 +19,7 @@ struct Entry
 const std::array<Entry, allAppLanguages.size()>& entries()
 {
     static const std::array<Entry, allAppLanguages.size()> rows{{
-        {AppLanguage::system, QStringLiteral("system"), QStringLiteral("System")},
+        {AppLanguage::system, QStringLiteral("system"), LOCALIZATION_KEY("System")},
         {AppLanguage::english, QStringLiteral("en"), QStringLiteral("English")},
         {AppLanguage::russian, QStringLiteral("ru"), QStringLiteral("Русский")},
         {AppLanguage::chineseSimplified, QStringLiteral("zh-Hans"), QStringLiteral("中文（简体）")},

@@ -1,8 +1,96 @@
 #include "settings/Localization.h"
 
+#include "settings/AppLanguage.h"
+#include "settings/TranslationCatalogue.h"
+#include "settings/UserDefaults.h"
+
+#include <QFile>
+
+#include <array>
+#include <memory>
+#include <mutex>
+
 namespace zelvane {
 
 namespace {
+
+/// The catalogues that have been read. They stay for as long as the process.
+class Catalogues
+{
+public:
+    /// Empty for English, whose texts are the keys. Callable from any thread.
+    const TranslationCatalogue& of(AppLanguage language)
+    {
+        const std::scoped_lock lock(m_lock);
+        auto& catalogue = m_catalogues.at(static_cast<size_t>(language));
+        if (!catalogue) {
+            catalogue = std::make_unique<const TranslationCatalogue>(read(language));
+        }
+        return *catalogue;
+    }
+
+private:
+    static TranslationCatalogue read(AppLanguage language)
+    {
+        QFile file(QStringLiteral(":/translations/%1.po").arg(rawValue(language)));
+        if (!file.open(QFile::ReadOnly)) {
+            return {};
+        }
+        return parseCatalogue(file.readAll()).value_or(TranslationCatalogue());
+    }
+
+    std::mutex m_lock;
+    std::array<std::unique_ptr<const TranslationCatalogue>, allAppLanguages.size()> m_catalogues;
+};
+
+struct Localization
+{
+    const UserDefaults* defaults = nullptr;
+    AppLanguage systemLanguage = AppLanguage::english;
+    Catalogues catalogues;
+};
+
+Localization& localization()
+{
+    static Localization one;
+    return one;
+}
+
+/// Readers of traditional characters are better served with their next language than with
+/// simplified ones.
+bool isTraditionalChinese(const QString& tag)
+{
+    const QStringList parts = tag.split(u'-');
+    return parts.contains(u"Hant") ||
+           (!parts.contains(u"Hans") &&
+            (parts.contains(u"TW") || parts.contains(u"HK") || parts.contains(u"MO")));
+}
+
+/// The first of the user's languages that the interface speaks.
+AppLanguage interfaceLanguageAmong(const QStringList& tags)
+{
+    for (const QString& tag : tags) {
+        const QString base = tag.section(u'-', 0, 0);
+        for (const AppLanguage language : allAppLanguages) {
+            const bool speaks = rawValue(language).section(u'-', 0, 0) == base;
+            if (speaks && !isTraditionalChinese(tag)) {
+                return language;
+            }
+        }
+    }
+    return AppLanguage::english;
+}
+
+/// The user's choice at this moment.
+AppLanguage chosenLanguage()
+{
+    const UserDefaults* defaults = localization().defaults;
+    if (defaults == nullptr) {
+        return AppLanguage::english;
+    }
+    return appLanguageFromStoredName(
+        defaults->string(QStringLiteral("zv.appLanguage")).value_or(QString()));
+}
 
 /// One "%@", "%lld" or "%1$@" of a format; `length` 0 if there is none at the position.
 struct Placeholder
@@ -48,14 +136,27 @@ QString written(const QVariant& argument, const QLocale& locale)
 
 } // namespace
 
+void installLocalization(const UserDefaults* defaults, const QStringList& systemLanguages)
+{
+    localization().defaults = defaults;
+    localization().systemLanguage = interfaceLanguageAmong(systemLanguages);
+}
+
 QString localizedText(const QString& key)
 {
-    return key;
+    const AppLanguage chosen = chosenLanguage();
+    const AppLanguage language =
+        chosen == AppLanguage::system ? localization().systemLanguage : chosen;
+    return localization().catalogues.of(language).value(key, key);
 }
 
 QLocale interfaceLocale()
 {
-    return QLocale();
+    const AppLanguage chosen = chosenLanguage();
+    if (chosen == AppLanguage::system) {
+        return QLocale::system();
+    }
+    return QLocale(rawValue(chosen));
 }
 
 QString localizedFormat(const QString& format, const QVariantList& arguments)

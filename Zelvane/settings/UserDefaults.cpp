@@ -48,6 +48,7 @@ OverlayUserDefaults::OverlayUserDefaults(const UserDefaults* base)
 
 std::optional<DefaultsValue> OverlayUserDefaults::value(const QString& key) const
 {
+    const std::scoped_lock lock(m_lock);
     if (const auto change = m_changes.constFind(key); change != m_changes.constEnd()) {
         return *change;
     }
@@ -56,16 +57,19 @@ std::optional<DefaultsValue> OverlayUserDefaults::value(const QString& key) cons
 
 void OverlayUserDefaults::setValue(const QString& key, const DefaultsValue& value)
 {
+    const std::scoped_lock lock(m_lock);
     m_changes.insert(key, value);
 }
 
 void OverlayUserDefaults::remove(const QString& key)
 {
+    const std::scoped_lock lock(m_lock);
     m_changes.insert(key, std::nullopt);
 }
 
 QStringList OverlayUserDefaults::keys() const
 {
+    const std::scoped_lock lock(m_lock);
     QStringList baseKeys = m_base ? m_base->keys() : QStringList();
     QSet<QString> all(baseKeys.cbegin(), baseKeys.cend());
     for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change) {

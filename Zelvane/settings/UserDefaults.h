@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <mutex>
 #include <optional>
 #include <variant>
 
@@ -52,6 +53,7 @@ public:
 
 private:
     const UserDefaults* m_base;
+    mutable std::mutex m_lock;
     /// None marks a key that is removed here though the base has it.
     QHash<QString, std::optional<DefaultsValue>> m_changes;
 };
