@@ -70,20 +70,23 @@ void ClipboardWorker::handle(const xcb_generic_event_t& event)
     m_server.handle(event);
 }
 
-void ClipboardWorker::handleOwnerChange(xcb_window_t owner)
+void ClipboardWorker::handleOwnerChange(xcb_window_t newOwner)
 {
-    if (owner == m_window || owner == XCB_WINDOW_NONE) {
+    if (newOwner == m_window || newOwner == XCB_WINDOW_NONE) {
         return;
     }
     m_takenAt = steady_clock::now();
-    if (isOwner()) {
+    const xcb_window_t present = owner();
+    if (present == m_window) {
         return; // the event is older than our own last change
     }
+    m_server.setContent({}, XCB_CURRENT_TIME);
     // Since `restore` was called the clipboard counts as the user's again, and this is its newest
     // content.
-    m_restoration.reset();
-    m_restorationTimer.reset();
-    m_server.setContent({}, XCB_CURRENT_TIME);
+    if (m_restoration && m_restoration->owner != present) {
+        m_restoration.reset();
+        m_restorationTimer.reset();
+    }
 }
 
 void ClipboardWorker::noteDelivery(xcb_window_t requestor, const QByteArray& target)
@@ -91,7 +94,7 @@ void ClipboardWorker::noteDelivery(xcb_window_t requestor, const QByteArray& tar
     if (emptiedContent().contains(target)) {
         return; // only the mark was read
     }
-    m_deliveries.append({m_connection.clientOf(requestor), steady_clock::now()});
+    m_deliveries.insert(m_connection.clientOf(requestor), steady_clock::now());
     if (m_restoration) {
         restoreWhenFetched();
     }
@@ -172,14 +175,11 @@ void ClipboardWorker::put(const SelectionContent& content)
 void ClipboardWorker::restore(const SelectionContent& content,
                               const std::optional<ClipboardExchange::Paste>& paste)
 {
-    m_restoration.reset();
-    if (paste && isOwner()) {
-        m_restoration = Restoration{content, *paste};
+    m_restoration = Restoration{content, paste.value_or(ClipboardExchange::Paste()), owner()};
+    if (paste) {
         restoreWhenFetched();
-    } else if (content.isEmpty()) {
-        giveUpSelection();
     } else {
-        takeSelection(content);
+        finishRestoration();
     }
 }
 
@@ -187,22 +187,30 @@ std::optional<ClipboardWorker::Moment> ClipboardWorker::fetchedByTarget() const
 {
     const ClipboardExchange::Paste& paste = m_restoration->paste;
     std::optional<Moment> last;
-    for (const Delivery& delivery : m_deliveries) {
+    for (auto delivery = m_deliveries.cbegin(); delivery != m_deliveries.cend(); ++delivery) {
         // Clipboard managers fetch what appears, the target what it is told to.
         const bool isTarget =
-            !paste.target || delivery.client == m_connection.clientOf(*paste.target);
-        if (isTarget && delivery.at >= paste.at) {
-            last = delivery.at;
+            !paste.target || delivery.key() == m_connection.clientOf(*paste.target);
+        if (isTarget && *delivery >= paste.at) {
+            last = std::max(last.value_or(*delivery), *delivery);
         }
     }
     return last;
 }
 
+ClipboardWorker::Moment ClipboardWorker::restorationDue() const
+{
+    const Moment pasted = m_restoration->paste.at;
+    if (m_restoration->owner != m_window) {
+        return pasted + unseenPasteLimit;
+    }
+    const std::optional<Moment> fetched = fetchedByTarget();
+    return fetched ? *fetched + settleTime : pasted + pasteLimit;
+}
+
 void ClipboardWorker::restoreWhenFetched()
 {
-    const std::optional<Moment> fetched = fetchedByTarget();
-    const Moment due = fetched ? *fetched + settleTime : m_restoration->paste.at + pasteLimit;
-    const auto left = std::chrono::ceil<milliseconds>(due - steady_clock::now());
+    const auto left = std::chrono::ceil<milliseconds>(restorationDue() - steady_clock::now());
     if (left.count() <= 0) {
         finishRestoration();
     } else {
@@ -215,15 +223,15 @@ void ClipboardWorker::finishRestoration()
     if (!m_restoration) {
         return;
     }
-    const SelectionContent content = std::exchange(m_restoration, std::nullopt)->content;
+    const Restoration restoration = *std::exchange(m_restoration, std::nullopt);
     m_restorationTimer.reset();
-    if (!isOwner()) {
+    if (owner() != restoration.owner) {
         return;
     }
-    if (content.isEmpty()) {
+    if (restoration.content.isEmpty()) {
         giveUpSelection();
     } else {
-        takeSelection(content);
+        takeSelection(restoration.content);
     }
 }
 

@@ -10,7 +10,7 @@
 #include "foundation/TaskScope.h"
 
 #include <QCoroTask>
-#include <QList>
+#include <QHash>
 #include <QObject>
 
 #include <expected>
@@ -32,6 +32,8 @@ public:
 
     /// How long a pasted text is kept for its target.
     static constexpr std::chrono::milliseconds pasteLimit{1500};
+    /// The same if a clipboard manager took the text over, so that nobody here sees it fetched.
+    static constexpr std::chrono::milliseconds unseenPasteLimit{400};
     /// Programs that fetch a text twice do so within this time.
     static constexpr std::chrono::milliseconds settleTime{40};
     /// How long a clipboard manager may take to save the content when this program ends.
@@ -58,19 +60,16 @@ public:
     void handOver(std::function<void()> onDone);
 
 private:
-    struct Delivery
-    {
-        quint32 client;
-        Moment at;
-    };
     struct Restoration
     {
         SelectionContent content;
         ClipboardExchange::Paste paste;
+        /// Who owned the pasted text. The clipboard of anybody else is newer and stays.
+        xcb_window_t owner = XCB_WINDOW_NONE;
     };
 
     void handle(const xcb_generic_event_t& event);
-    void handleOwnerChange(xcb_window_t owner);
+    void handleOwnerChange(xcb_window_t newOwner);
     void noteDelivery(xcb_window_t requestor, const QByteArray& target);
 
     [[nodiscard]] QCoro::Task<void>
@@ -82,6 +81,7 @@ private:
     void restoreWhenFetched();
     void finishRestoration();
     [[nodiscard]] std::optional<Moment> fetchedByTarget() const;
+    [[nodiscard]] Moment restorationDue() const;
 
     [[nodiscard]] xcb_window_t owner();
     [[nodiscard]] bool isOwner() { return owner() == m_window; }
@@ -98,8 +98,8 @@ private:
     SelectionServer m_server;
     TaskScope m_tasks;
 
-    /// Who got the text that is there now, and when.
-    QList<Delivery> m_deliveries;
+    /// When each program last got the text that is there now.
+    QHash<quint32, Moment> m_deliveries;
     std::optional<Restoration> m_restoration;
     std::unique_ptr<Timer> m_restorationTimer;
     /// When another program last took the clipboard.

@@ -140,7 +140,7 @@ bool SelectionServer::convertMultiple(xcb_window_t requestor, xcb_atom_t propert
         return false;
     }
     for (qsizetype i = 0; i + 1 < pairs.size(); i += 2) {
-        if (!convert(requestor, pairs[i], pairs[i + 1])) {
+        if (pairs[i + 1] != XCB_ATOM_NONE && !convert(requestor, pairs[i], pairs[i + 1])) {
             pairs[i + 1] = XCB_ATOM_NONE;
         }
     }

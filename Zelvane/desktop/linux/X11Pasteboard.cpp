@@ -4,6 +4,8 @@
 #include "desktop/linux/SelectionContent.h"
 #include "foundation/Completion.h"
 
+#include <utility>
+
 namespace zelvane {
 
 namespace {
@@ -40,6 +42,10 @@ X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Clipboar
 
 X11Pasteboard::~X11Pasteboard()
 {
+    // Who waited may still put the clipboard back; that is done before it is handed over.
+    for (const auto& end : std::exchange(m_waiting, {})) {
+        end();
+    }
     onWorker([this](ClipboardWorker& worker) { worker.handOver([this] { m_thread.quit(); }); });
     if (!m_thread.wait(longestGoodbye)) {
         m_connection->cutOff();
@@ -69,15 +75,28 @@ void X11Pasteboard::change(std::function<void(ClipboardWorker&)> task)
     });
 }
 
-QCoro::Task<PasteboardSnapshot> X11Pasteboard::snapshot()
+template <typename T>
+QCoro::Task<std::optional<T>> X11Pasteboard::read(
+    std::function<void(ClipboardWorker&, std::function<void(std::optional<T>)>)> task)
 {
-    const Completion<std::optional<SelectionContent>> read;
-    onWorker([this, read](ClipboardWorker& worker) {
-        worker.snapshot([this, read](const std::optional<SelectionContent>& content) {
-            onMain([read, content] { read.succeed(content); });
+    const Completion<std::optional<T>> done;
+    const quint64 call = ++m_lastCall;
+    m_waiting.insert(call, [done] { done.succeed(std::nullopt); });
+    onWorker([this, call, done, task = std::move(task)](ClipboardWorker& worker) {
+        task(worker, [this, call, done](std::optional<T> value) {
+            onMain([this, call, done, value = std::move(value)] {
+                m_waiting.remove(call);
+                done.succeed(value);
+            });
         });
     });
-    const auto content = co_await read.result();
+    co_return co_await done.result();
+}
+
+QCoro::Task<PasteboardSnapshot> X11Pasteboard::snapshot()
+{
+    const auto content = co_await read<SelectionContent>(
+        [](ClipboardWorker& worker, auto onRead) { worker.snapshot(std::move(onRead)); });
     if (!content) {
         throw PasteboardError();
     }
@@ -92,13 +111,10 @@ void X11Pasteboard::clear()
 
 QCoro::Task<std::optional<QString>> X11Pasteboard::string()
 {
-    const Completion<std::optional<QString>> read;
-    onWorker([this, read, since = m_exchange.copyAt()](ClipboardWorker& worker) {
-        worker.text(since, [this, read](const std::optional<QString>& text) {
-            onMain([read, text] { read.succeed(text); });
+    co_return co_await read<QString>(
+        [since = m_exchange.copyAt()](ClipboardWorker& worker, auto onRead) {
+            worker.text(since, std::move(onRead));
         });
-    });
-    co_return co_await read.result();
 }
 
 void X11Pasteboard::setString(const QString& text)

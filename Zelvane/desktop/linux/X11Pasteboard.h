@@ -4,6 +4,7 @@
 #include "desktop/linux/ClipboardExchange.h"
 #include "desktop/linux/XcbConnection.h"
 
+#include <QHash>
 #include <QObject>
 #include <QThread>
 
@@ -26,8 +27,8 @@ public:
     [[nodiscard]] static std::expected<std::unique_ptr<X11Pasteboard>, QString>
     open(ClipboardExchange& exchange, const QByteArray& display = {});
 
-    /// Hands what it holds for the user to a clipboard manager if one is there; takes at most about
-    /// a second.
+    /// Ends waiting calls as if the clipboard's owner didn't answer. Hands what it holds for the
+    /// user to a clipboard manager if one is there, which takes at most about a second.
     ~X11Pasteboard() override;
 
     [[nodiscard]] QCoro::Task<PasteboardSnapshot> snapshot() override;
@@ -45,6 +46,10 @@ private:
     void change(std::function<void(ClipboardWorker&)> task);
     /// Runs `task` on the main thread, unless this object has gone by then.
     void onMain(std::function<void()> task);
+    /// Has the worker read something, and waits for it. None as well if this object goes before.
+    template <typename T>
+    [[nodiscard]] QCoro::Task<std::optional<T>>
+    read(std::function<void(ClipboardWorker&, std::function<void(std::optional<T>)>)> task);
 
     ClipboardExchange& m_exchange;
     std::unique_ptr<XcbConnection> m_connection;
@@ -53,6 +58,9 @@ private:
     std::unique_ptr<QObject> m_workerSide;
     /// Receives what the worker reports.
     QObject m_mainSide;
+    quint64 m_lastCall = 0;
+    /// What ends the calls that wait, by number.
+    QHash<quint64, std::function<void()>> m_waiting;
     /// Touched on the worker's thread alone.
     std::unique_ptr<ClipboardWorker> m_worker;
 };

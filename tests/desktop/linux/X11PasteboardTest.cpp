@@ -232,6 +232,27 @@ TEST_F(X11PasteboardTest, aSnapshotKeepsTheMainThreadFree)
     EXPECT_THAT(longestPause, Lt(100));
 }
 
+TEST_F(X11PasteboardTest, callsThatWaitEndWithThePasteboard)
+{
+    const ForeignOwner frozen(session->display(), {}, true);
+    bool failed = false;
+    const auto saving = [](QCoro::Task<PasteboardSnapshot> task, bool* flag) -> QCoro::Task<void> {
+        try {
+            co_await task;
+        } catch (const PasteboardError&) {
+            *flag = true;
+        }
+    }(pasteboard->snapshot(), &failed);
+    std::optional<QString> text = QStringLiteral("unset");
+    const auto reading = [](QCoro::Task<std::optional<QString>> task,
+                            std::optional<QString>* into) -> QCoro::Task<void> {
+        *into = co_await task;
+    }(pasteboard->string(), &text);
+    pasteboard.reset();
+    EXPECT_TRUE(failed);
+    EXPECT_EQ(text, std::nullopt);
+}
+
 TEST_F(X11PasteboardTest, aClearedClipboardHasNoText)
 {
     const ForeignOwner source(session->display(), textOnly("old"));
@@ -440,6 +461,18 @@ TEST_F(X11PasteboardTest, whatTheUserCopiesWhileTheTargetIsWaitedForStays)
     settle();
     const ForeignOwner other(session->display(), textOnly("newer"));
     EXPECT_EQ(textAt(1700ms), "newer");
+}
+
+TEST_F(X11PasteboardTest, aClipboardManagerThatTakesTheTranslationOverServesItForAMoment)
+{
+    const ForeignOwner source(session->display(), textOnly("mine"));
+    const PasteboardSnapshot saved = await(pasteboard->snapshot());
+    const ForeignProgram target(session->display());
+    pasteInto(target, QStringLiteral("translation"));
+    const ForeignOwner manager(session->display(), textOnly("translation"));
+    pasteboard->restore(saved);
+    EXPECT_EQ(textAt(200ms), "translation");
+    EXPECT_EQ(textAt(400ms), "mine");
 }
 
 TEST_F(X11PasteboardTest, aSecondRunSavesTheUsersClipboardAndNotTheTranslationStillServed)
