@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <memory>
 
@@ -237,6 +238,405 @@ INSTANTIATE_TEST_SUITE_P(
         WidgetCase{"text-browser", readOnlyElement(QStringLiteral("AXStaticText")), true},
         WidgetCase{"label", readOnlyElement(QStringLiteral("AXStaticText")), true}),
     nameOf);
+
+// Where the focus is ---------------------------------------------------------------------------
+
+const Element editor = editableElement(QStringLiteral("AXTextArea"));
+const Element entry = editableElement(QStringLiteral("AXTextField"));
+const Element readOnlyText = readOnlyElement(QStringLiteral("AXTextArea"));
+
+class AtSpiFocus : public AtSpiDesktop
+{
+protected:
+    std::chrono::milliseconds timeOf(const std::function<void()>& action)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        action();
+        return std::chrono::milliseconds(timer.elapsed());
+    }
+
+    QString window(const QString& title) { return session().waitForWindow(title); }
+};
+
+TEST_F(AtSpiFocus, anEditorTakesText)
+{
+    inspector();
+    start(QStringLiteral("mousepad"), {QStringLiteral("--disable-server")});
+    session().focusWindow(window(QStringLiteral("Mousepad")));
+
+    EXPECT_EQ(inspectUntil(editor), editor);
+}
+
+TEST_F(AtSpiFocus, theEntryOfADialogTakesText)
+{
+    inspector();
+    start(QStringLiteral("zenity"),
+          {QStringLiteral("--entry"), QStringLiteral("--title=A question")});
+    session().focusWindow(window(QStringLiteral("A question")));
+
+    EXPECT_EQ(inspectUntil(entry), entry);
+}
+
+TEST_F(AtSpiFocus, withoutAnyWindowThereIsNone)
+{
+    EXPECT_EQ(inspect(), std::nullopt);
+}
+
+TEST_F(AtSpiFocus, isFollowedFromWidgetToWidget)
+{
+    QProcess& program = startGtk(QStringLiteral("A window"),
+                                 {QStringLiteral("read-only-text"), QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+
+    moveFocus(program, 1);
+    EXPECT_EQ(inspectUntil(entry), entry);
+
+    moveFocus(program, 0);
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+}
+
+TEST_F(AtSpiFocus, isFollowedFromWindowToWindow)
+{
+    startGtk(QStringLiteral("First window"), {QStringLiteral("read-only-text")});
+    startGtk(QStringLiteral("Second window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+
+    session().focusWindow(window(QStringLiteral("First window")));
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+
+    session().focusWindow(window(QStringLiteral("Second window")));
+    EXPECT_EQ(inspectUntil(entry), entry);
+}
+
+TEST_F(AtSpiFocus, inAWindowThatTellsNothingIsNone)
+{
+    startGtk(QStringLiteral("A window"), {QStringLiteral("read-only-text")});
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+
+    start(QStringLiteral("xev"), {QStringLiteral("-name"), QStringLiteral("Silent")});
+    session().focusWindow(window(QStringLiteral("Silent")));
+
+    EXPECT_EQ(inspectUntil(std::nullopt), std::nullopt);
+}
+
+TEST_F(AtSpiFocus, isFoundAmongManyObjectsIfItCameBeforeTheInspector)
+{
+    inspector(); // so that the bus is up
+    startGtk(QStringLiteral("A window"),
+             {QStringLiteral("read-only-text"), QStringLiteral("tree"), QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+    const auto late = makeInspector();
+
+    Element found;
+    const auto time = timeOf([&] { found = await(late->focusedElement()); });
+
+    EXPECT_EQ(found, readOnlyText);
+    std::cout << "connected and searched the tree in " << time.count() << " ms\n";
+}
+
+TEST_F(AtSpiFocus, ofAFrozenProgramIsNoneWithinTheLimit)
+{
+    QProcess& program = startGtk(QStringLiteral("A window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+    DesktopSession::freeze(program);
+
+    Element found;
+    const auto time = timeOf([&] { found = inspect(); });
+
+    EXPECT_EQ(found, std::nullopt);
+    EXPECT_LT(time, 1s);
+
+    DesktopSession::thaw(program);
+    EXPECT_EQ(inspectUntil(entry), entry);
+}
+
+TEST_F(AtSpiFocus, isFoundBesideAFrozenProgram)
+{
+    QProcess& frozen = startGtk(QStringLiteral("Frozen window"), {QStringLiteral("entry")});
+    startGtk(QStringLiteral("A window"), {QStringLiteral("read-only-text")});
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+    DesktopSession::freeze(frozen);
+    const auto late = makeInspector();
+    waitUntil([] { return false; }, 100ms); // for its connection
+
+    EXPECT_EQ(inspect(), readOnlyText);
+    EXPECT_EQ(await(late->focusedElement()), readOnlyText);
+}
+
+TEST_F(AtSpiFocus, endsWithItsProgram)
+{
+    startGtk(QStringLiteral("First window"), {QStringLiteral("read-only-text")});
+    QProcess& second = startGtk(QStringLiteral("Second window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+
+    DesktopSession::kill(second);
+
+    EXPECT_NE(inspect(), entry);
+    session().focusWindow(window(QStringLiteral("First window")));
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+}
+
+TEST_F(AtSpiFocus, isToldAgainAndAgain)
+{
+    constexpr int times = 50;
+    startGtk(QStringLiteral("A window"), {QStringLiteral("text")});
+    EXPECT_EQ(inspectUntil(editor), editor);
+    QList<qint64> microseconds;
+
+    for (int i = 0; i < times; ++i) {
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_EQ(inspect(), editor);
+        microseconds.append(timer.nsecsElapsed() / 1000);
+    }
+
+    std::ranges::sort(microseconds);
+    std::cout << "inspections: median " << microseconds[times / 2] << " us, 95th percentile "
+              << microseconds[times * 95 / 100] << " us, longest " << microseconds.last()
+              << " us\n";
+}
+
+TEST_F(AtSpiFocus, callsAtTheSameTimeAllGetTheirAnswer)
+{
+    startGtk(QStringLiteral("A window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+
+    auto first = inspector().focusedElement();
+    auto second = inspector().focusedElement();
+
+    EXPECT_EQ(await(std::move(first)), entry);
+    EXPECT_EQ(await(std::move(second)), entry);
+}
+
+TEST_F(AtSpiFocus, callsThatWaitWhenTheInspectorGoesGetNone)
+{
+    QProcess& program = startGtk(QStringLiteral("A window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+    DesktopSession::freeze(program);
+    auto doomed = makeInspector();
+    auto answer = doomed->focusedElement();
+
+    const auto time = timeOf([&] { doomed.reset(); });
+
+    EXPECT_LT(time, 250ms);
+    EXPECT_EQ(await(std::move(answer)), std::nullopt);
+}
+
+TEST_F(AtSpiFocus, accessibilityIsSwitchedOnForTheSession)
+{
+    inspector();
+
+    const auto outcome = session().run(
+        QStringLiteral("dbus-send"),
+        {QStringLiteral("--session"), QStringLiteral("--print-reply=literal"),
+         QStringLiteral("--dest=org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+         QStringLiteral("org.freedesktop.DBus.Properties.Get"),
+         QStringLiteral("string:org.a11y.Status"), QStringLiteral("string:IsEnabled")});
+
+    EXPECT_THAT(outcome.output.toStdString(), ::testing::HasSubstr("boolean true"));
+    EXPECT_EQ(inspector().unavailable(), std::nullopt);
+}
+
+/// Apart from the others, since it ends what they share.
+class AtSpiBus : public AtSpiFocus
+{
+protected:
+    static QByteArray address()
+    {
+        return session()
+            .run(QStringLiteral("dbus-send"),
+                 {QStringLiteral("--session"), QStringLiteral("--print-reply=literal"),
+                  QStringLiteral("--dest=org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                  QStringLiteral("org.a11y.Bus.GetAddress")})
+            .output.trimmed();
+    }
+
+    /// The process that owns a name on a bus.
+    static pid_t processOf(const QString& bus, const QString& name)
+    {
+        const QByteArray reply =
+            session()
+                .run(QStringLiteral("dbus-send"),
+                     {bus, QStringLiteral("--print-reply=literal"),
+                      QStringLiteral("--dest=org.freedesktop.DBus"), QStringLiteral("/"),
+                      QStringLiteral("org.freedesktop.DBus."
+                                     "GetConnectionUnixProcessID"),
+                      QStringLiteral("string:") + name})
+                .output.trimmed();
+        const pid_t process = reply.split(' ').last().toInt();
+        if (process <= 1) {
+            throw std::runtime_error("no process owns " + name.toStdString());
+        }
+        return process;
+    }
+
+    static pid_t launcher()
+    {
+        return processOf(QStringLiteral("--session"), QStringLiteral("org.a11y.Bus"));
+    }
+
+    static pid_t accessibilityBus()
+    {
+        return processOf(QStringLiteral("--bus=") + QString::fromUtf8(address()),
+                         QStringLiteral("org.freedesktop.DBus"));
+    }
+};
+
+TEST_F(AtSpiBus, thatCrashesIsReachedAgain)
+{
+    QProcess& before = startGtk(QStringLiteral("A window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+    const QByteArray oldAddress = address();
+    DesktopSession::kill(before);
+
+    ::kill(accessibilityBus(), SIGKILL);
+
+    EXPECT_TRUE(waitUntil([&] { return address() != oldAddress; }));
+    startGtk(QStringLiteral("A window"), {QStringLiteral("read-only-text")});
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+}
+
+TEST_F(AtSpiBus, whoseLauncherCrashesIsLeftForTheNewOne)
+{
+    QProcess& before = startGtk(QStringLiteral("A window"), {QStringLiteral("entry")});
+    EXPECT_EQ(inspectUntil(entry), entry);
+    const QByteArray oldAddress = address();
+    const pid_t orphan = accessibilityBus();
+    DesktopSession::kill(before);
+
+    ::kill(launcher(), SIGKILL);
+
+    EXPECT_TRUE(waitUntil([&] { return address() != oldAddress; }));
+    startGtk(QStringLiteral("A window"), {QStringLiteral("read-only-text")});
+    EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
+    ::kill(orphan, SIGKILL); // asked to end, it would take the new one's socket away
+}
+
+// What may be missing --------------------------------------------------------------------------
+
+constexpr auto noSessionBus =
+    "There is no session bus, so Zelvane Desk can't tell text that can be edited from text that "
+    "can't, and pastes into both. Everything else works.";
+constexpr auto noAccessibilityBus =
+    "There is no accessibility bus (at-spi2-core), so Zelvane Desk can't tell text that can be "
+    "edited from text that can't, and pastes into both. Everything else works.";
+
+class AtSpiWithoutABus : public ::testing::Test
+{
+protected:
+    static DesktopSession::Options withoutAccessibility()
+    {
+        DesktopSession::Options options;
+        options.windowManager = false;
+        return options;
+    }
+
+    static DesktopSession::Options withAccessibility()
+    {
+        DesktopSession::Options options;
+        options.sessionBus = true;
+        options.accessibilityBus = true;
+        return options;
+    }
+
+    /// A session bus that starts no services, and so no accessibility bus either. Yields its
+    /// address.
+    static QString startBareBus(DesktopSession& session, QProcess*& bus)
+    {
+        const QString socket = session.home() + QStringLiteral("/bare-bus");
+        const QString configuration = session.writeFile(
+            QStringLiteral("bare-bus.conf"),
+            "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN\" "
+            "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+            "<busconfig><type>session</type><listen>unix:path=" +
+                socket.toUtf8() +
+                "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
+                "<allow send_destination=\"*\"/><allow eavesdrop=\"false\"/><allow own=\"*\"/>"
+                "</policy></busconfig>\n");
+        bus = &session.start(QStringLiteral("dbus-daemon"),
+                             {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
+                              QStringLiteral("--config-file=") + configuration});
+        if (!waitUntil([&] { return bus->canReadLine(); })) {
+            throw std::runtime_error("the bus did not come up");
+        }
+        return QStringLiteral("unix:path=") + socket;
+    }
+
+    static bool isUnavailable(const AtSpiFocusInspector& inspector, const char* sentence)
+    {
+        return waitUntil([&] { return inspector.unavailable() == QString::fromUtf8(sentence); });
+    }
+
+    static void expectNoneAtOnce(AtSpiFocusInspector& inspector)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_EQ(await(inspector.focusedElement()), std::nullopt);
+        EXPECT_LT(timer.elapsed(), 150);
+    }
+
+    SystemClock m_clock;
+};
+
+TEST_F(AtSpiWithoutABus, noAddressMeansNoneAtOnceAndASentence)
+{
+    AtSpiFocusInspector inspector(m_clock, QString());
+
+    EXPECT_TRUE(isUnavailable(inspector, noSessionBus));
+    expectNoneAtOnce(inspector);
+}
+
+TEST_F(AtSpiWithoutABus, anAddressWithNothingBehindItMeansNoneAtOnceAndASentence)
+{
+    for (const char* address :
+         {"unix:path=/nonexistent/bus", "nonsense", "tcp:host=127.0.0.1,port=1"}) {
+        AtSpiFocusInspector inspector(m_clock, QString::fromUtf8(address));
+
+        EXPECT_TRUE(isUnavailable(inspector, noSessionBus)) << address;
+        expectNoneAtOnce(inspector);
+    }
+}
+
+TEST_F(AtSpiWithoutABus, aSessionWithoutAccessibilityMeansNoneAtOnceAndASentence)
+{
+    DesktopSession session(withoutAccessibility());
+    QProcess* bus = nullptr;
+    AtSpiFocusInspector inspector(m_clock, startBareBus(session, bus));
+
+    EXPECT_TRUE(isUnavailable(inspector, noAccessibilityBus));
+    expectNoneAtOnce(inspector);
+}
+
+TEST_F(AtSpiWithoutABus, aSessionBusThatHangsHoldsNobody)
+{
+    DesktopSession session(withoutAccessibility());
+    QProcess* bus = nullptr;
+    const QString address = startBareBus(session, bus);
+    DesktopSession::freeze(*bus);
+    QElapsedTimer timer;
+    timer.start();
+    {
+        AtSpiFocusInspector inspector(m_clock, address);
+        EXPECT_EQ(await(inspector.focusedElement()), std::nullopt);
+    }
+    EXPECT_LT(timer.elapsed(), 1000);
+    DesktopSession::thaw(*bus);
+}
+
+TEST_F(AtSpiWithoutABus, aSessionThatEndsMeansNoneAndASentence)
+{
+    auto session = std::make_unique<DesktopSession>(withAccessibility());
+    AtSpiFocusInspector inspector(m_clock, session->sessionBusAddress());
+    await(inspector.focusedElement());
+    EXPECT_EQ(inspector.unavailable(), std::nullopt);
+
+    session.reset();
+
+    EXPECT_TRUE(waitUntil([&] { return inspector.unavailable().has_value(); }));
+    expectNoneAtOnce(inspector);
+    EXPECT_TRUE(isUnavailable(inspector, noSessionBus));
+}
 
 } // namespace
 } // namespace zelvane::test
