@@ -52,7 +52,6 @@ void X11AccessibilityPlatform::relaunch()
     if (isProcessTrusted()) {
         // The new instance asks for the hotkeys while this one still ends.
         XcbConnection& connection = m_session->connection();
-
         xcb_ungrab_key(connection.get(), XCB_GRAB_ANY, connection.root(), XCB_MOD_MASK_ANY);
         connection.sync();
     }
