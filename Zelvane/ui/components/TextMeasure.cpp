@@ -38,7 +38,7 @@ bool endsParagraph(QChar c)
 double wrappedTextHeight(const QString& text, const QFont& font, double width, double limit)
 {
     // No line holds more characters than this, so that only the beginning of a paragraph that fills
-    // the window by itself has to be shaped.
+    // the window by itself has to be looked at.
     const double narrowest = std::max(1.0, QFontMetricsF(font).horizontalAdvance(u'i') / 2);
     const double lines = limit / std::max(1.0, QFontMetricsF(font).height()) + 2;
     const auto enough = qsizetype(lines * (width / narrowest + 1));
@@ -46,12 +46,12 @@ double wrappedTextHeight(const QString& text, const QFont& font, double width, d
     double height = 0;
     qsizetype start = 0;
     while (start <= text.size() && height <= limit) {
+        const qsizetype last = std::min(text.size(), start + enough);
         qsizetype end = start;
-        while (end < text.size() && !endsParagraph(text[end])) {
+        while (end < last && !endsParagraph(text[end])) {
             ++end;
         }
-        height += paragraphHeight(text.sliced(start, std::min(end - start, enough)), font, width,
-                                  limit - height);
+        height += paragraphHeight(text.sliced(start, end - start), font, width, limit - height);
         const bool pair = end + 1 < text.size() && text[end] == u'\r' && text[end + 1] == u'\n';
         start = end + (pair ? 2 : 1);
     }

@@ -28,6 +28,8 @@ QString interface()
 SettingsPortal::SettingsPortal(const QDBusConnection& bus)
     : m_bus(bus)
 {
+    // D-Bus finds the types of the slot by their names.
+    qRegisterMetaType<QDBusVariant>();
     if (m_bus.isConnected()) {
         m_bus.connect(service(), path(), interface(), QStringLiteral("SettingChanged"), this,
                       SLOT(settingChanged(QString, QString, QDBusVariant)));

@@ -54,7 +54,7 @@ public:
         wait(alert);
     }
 
-    [[nodiscard]] QWidget* window() override { return m_presenter.openAlerts().first(); }
+    [[nodiscard]] QWidget* window() override { return m_presenter.openAlerts().value(0); }
 
 private:
     QCoro::Task<void> wait(Alert alert)

@@ -27,6 +27,7 @@ public:
     virtual ~Exhibit() = default;
     Q_DISABLE_COPY_MOVE(Exhibit)
 
+    /// Null once the user has closed the window.
     [[nodiscard]] virtual QWidget* window() = 0;
 };
 

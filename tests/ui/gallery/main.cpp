@@ -1,10 +1,16 @@
 // Shows each window of the program in each state, with made-up texts, and saves what it looks like.
 //
 // zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME]
+// zelvane_gallery --hold NAME     shows one window and ends when it is closed
+// zelvane_gallery --tray          shows the tray icon, as soon as there is a tray, for ever
 
+#include "foundation/SystemClock.h"
+#include "support/FakeSecretBackend.h"
 #include "ui/gallery/Scenes.h"
 #include "ui/linux/LinuxAppearance.h"
+#include "ui/linux/TrayWatcher.h"
 #include "ui/linux/X11WindowSystem.h"
+#include "ui/menubar/MenuBarController.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -14,8 +20,11 @@
 #include <QScreen>
 #include <QStyleFactory>
 #include <QTest>
+#include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace zelvane::gallery {
 
@@ -75,16 +84,84 @@ QPixmap pictureOf(QWidget& window, QWidget& backdrop)
     return picture;
 }
 
-int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only)
+/// What the program's own start would set up.
+struct Setting
 {
     StyleTweaker tokens;
     DesktopAppearance appearance;
-    const LinuxAppearance desktop(appearance, QDBusConnection::sessionBus());
-    const auto windows = sessionWindowSystem();
+    LinuxAppearance desktop{appearance, QDBusConnection::sessionBus()};
+    std::unique_ptr<WindowSystem> windows = sessionWindowSystem();
+    Theme theme{tokens, appearance};
+};
+
+void say(const QString& line)
+{
+    std::printf("%s\n", qPrintable(line));
+    std::fflush(stdout);
+}
+
+int hold(const QString& name)
+{
+    const Setting setting;
+    const QList<Scene> scenes = allScenes();
+    const auto scene = std::ranges::find(scenes, name, &Scene::name);
+    if (scene == scenes.end()) {
+        std::fprintf(stderr, "there is no scene %s\n", qPrintable(name));
+        return 1;
+    }
+    const auto exhibit = scene->show({setting.theme, *setting.windows});
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, qApp, [&exhibit] {
+        if (!exhibit->window()) {
+            QCoreApplication::quit();
+        }
+    });
+    watch.start(20);
+    return QCoreApplication::exec();
+}
+
+/// The controller's state as the tray shows it.
+class Busyness final : public QObject
+{
+public:
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(Busyness, QString, status, QStringLiteral("Ready"))
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(Busyness, bool, isBusy, false)
+};
+
+int showTray(bool busy)
+{
+    const Setting setting;
+    OverlayUserDefaults defaults;
+    test::FakeSecretBackend backend;
+    SecretStore secrets(defaults, backend);
+    const AppSettings settings(defaults, secrets, QStringLiteral("German"));
+    Busyness state;
+    state.isBusy = busy;
+    const TrayWatcher tray(QDBusConnection::sessionBus());
+    MenuBarModel model(settings, &state.status, &state.isBusy);
+    SystemClock clock;
+    const MenuBarController controller(model, setting.theme, clock, tray.bindableAvailable(),
+                                       {[] {}, [] { QCoreApplication::quit(); }});
+    say(tray.available() ? QStringLiteral("there is a tray") : QStringLiteral("no tray"));
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, qApp, [&, where = QRect()]() mutable {
+        const QRect now = controller.trayIcon() ? controller.trayIcon()->geometry() : QRect();
+        if (std::exchange(where, now) != now && now.isValid()) {
+            say(QStringLiteral("icon at %1,%2").arg(now.center().x()).arg(now.center().y()));
+        }
+    });
+    watch.start(50);
+    return QCoreApplication::exec();
+}
+
+int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only)
+{
+    Setting setting;
+    DesktopAppearance& appearance = setting.appearance;
+    const Theme& theme = setting.theme;
     if (QGuiApplication::platformName() != QStringLiteral("xcb")) {
         appearance.setCompositing(true);
     }
-    Theme theme(tokens, appearance);
     if (!QDir().mkpath(folder)) {
         std::fprintf(stderr, "cannot make the folder %s\n", qPrintable(folder));
         return 1;
@@ -99,7 +176,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
             if (!scene.name.contains(only)) {
                 continue;
             }
-            const auto exhibit = scene.show({theme, *windows});
+            const auto exhibit = scene.show({theme, *setting.windows});
             QTest::qWait(settlingTime);
             const QString file = QStringLiteral("%1/%2-%3.png")
                                      .arg(folder, scene.name,
@@ -109,7 +186,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
                 std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
                 return 1;
             }
-            std::printf("%s\n", qPrintable(file));
+            say(file);
         }
     }
     return 0;
@@ -131,7 +208,19 @@ int main(int argc, char** argv)
                          QStringLiteral("scheme"), QStringLiteral("both")});
     arguments.addOption({QStringLiteral("only"), QStringLiteral("A part of the scenes' names."),
                          QStringLiteral("name")});
+    arguments.addOption({QStringLiteral("hold"),
+                         QStringLiteral("Show one scene until it is closed."),
+                         QStringLiteral("name")});
+    arguments.addOption({QStringLiteral("tray"), QStringLiteral("Show the tray icon.")});
+    arguments.addOption({QStringLiteral("busy"), QStringLiteral("Let the tray icon pulse.")});
     arguments.process(application);
+    if (arguments.isSet(QStringLiteral("hold"))) {
+        return zelvane::gallery::hold(arguments.value(QStringLiteral("hold")));
+    }
+    if (arguments.isSet(QStringLiteral("tray"))) {
+        QApplication::setQuitOnLastWindowClosed(false);
+        return zelvane::gallery::showTray(arguments.isSet(QStringLiteral("busy")));
+    }
 
     using zelvane::ColorScheme;
     const QString scheme = arguments.value(QStringLiteral("scheme"));
