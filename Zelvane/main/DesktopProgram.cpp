@@ -108,6 +108,8 @@ void reportOn(AppModel& model)
 int runDesktopProgram(const CommandLine& line, int argc, char** argv)
 {
     SystemClock clock;
+    UserStore store(line.profile);
+    installLocalization(&store.defaults());
     // Before Qt, which ends the process by itself where there is no display.
     if (const auto reason = whyNoWindows()) {
         complain(*reason);
@@ -125,7 +127,6 @@ int runDesktopProgram(const CommandLine& line, int argc, char** argv)
         return int(ExitStatus::failure);
     }
 
-    UserStore store(line.profile);
     DesktopProgram program(store, clock, **desktop);
     if (line.report) {
         reportOn(program.model());

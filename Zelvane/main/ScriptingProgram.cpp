@@ -7,9 +7,12 @@
 #include "main/Platform.h"
 #include "main/UserStore.h"
 #include "online/NetworkHttpTransport.h"
+#include "settings/Localization.h"
+#include "settings/SystemLanguage.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QNetworkProxyFactory>
 
 namespace zelvane {
 
@@ -55,9 +58,8 @@ ExitStatus misused(const CommandStreams& streams, const QString& sentence)
     return ExitStatus::wrongUsage;
 }
 
-ExitStatus runDefaults(const CommandLine& line, const CommandStreams& streams)
+ExitStatus runDefaults(const CommandLine& line, UserStore& store, const CommandStreams& streams)
 {
-    UserStore store(line.profile);
     const ExitStatus status = runDefaultsCommand(line.arguments, store.defaults(), streams);
     // What stands in the way has been told by the store itself.
     return store.defaults().flush() ? status : ExitStatus::failure;
@@ -74,7 +76,7 @@ QCoro::Task<void> translateThenQuit(TranslateOptions options, QString text,
     QCoreApplication::exit(int(status));
 }
 
-ExitStatus runTranslate(const CommandLine& line, const CommandStreams& streams)
+ExitStatus runTranslate(const CommandLine& line, UserStore& store, const CommandStreams& streams)
 {
     const auto options = parseTranslateOptions(line.arguments);
     if (!options) {
@@ -91,17 +93,17 @@ ExitStatus runTranslate(const CommandLine& line, const CommandStreams& streams)
         return ExitStatus::failure;
     }
 
-    UserStore store(line.profile);
     OverlayUserDefaults overlay(&store.defaults());
     applyOptions(*options, overlay);
     const QString key = takeKeyFromEnvironment();
     const std::unique_ptr<SecretBackend> secretBackend =
         key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>();
     SecretStore secrets(overlay, *secretBackend);
-    AppSettings settings(overlay, secrets, QStringLiteral("English (US)"));
+    AppSettings settings(overlay, secrets, systemLanguage(currentSystemLocale()).name);
     if (!key.isEmpty()) {
         settings.setApiKey(key);
     }
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
     SystemClock clock;
     TranslationTrace trace(clock);
     NetworkHttpTransport transport(clock);
@@ -125,10 +127,12 @@ ExitStatus runTranslate(const CommandLine& line, const CommandStreams& streams)
 int runScriptingProgram(const CommandLine& line, int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
+    UserStore store(line.profile);
+    installLocalization(&store.defaults());
     StandardStreams standard;
     const ExitStatus status = line.command == CommandLine::Command::defaults
-                                  ? runDefaults(line, standard.streams())
-                                  : runTranslate(line, standard.streams());
+                                  ? runDefaults(line, store, standard.streams())
+                                  : runTranslate(line, store, standard.streams());
     if (!standard.flush() && status == ExitStatus::success) {
         standard.streams().complain(QStringLiteral("standard output could not be written"));
         return int(ExitStatus::failure);
