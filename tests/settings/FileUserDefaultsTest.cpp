@@ -390,6 +390,20 @@ TEST_F(FileUserDefaultsTest, givesUpOnALockThatIsNotGivenFree)
     EXPECT_TRUE(defaults.flush());
 }
 
+TEST_F(FileUserDefaultsTest, keepsNobodyWaitingWhileTheDiskIsBusy)
+{
+    QDir().mkpath(directory);
+    FileUserDefaults defaults(directory, {}, {.lockLimit = 500ms});
+    const auto held = FileLock::acquire(path("defaults.json.lock"), 1s);
+    ASSERT_TRUE(held);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i) {
+        defaults.setValue(key, qint64(i));
+        EXPECT_EQ(defaults.value(key), DefaultsValue(qint64(i)));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 250ms);
+}
+
 TEST_F(FileUserDefaultsTest, ignoresTheRemainsOfAProcessThatWasKilled)
 {
     write("{\"a\":1}");
