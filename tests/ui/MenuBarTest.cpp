@@ -3,6 +3,7 @@
 #include "support/Await.h"
 #include "ui/AccessibleWalk.h"
 #include "ui/UiFixture.h"
+#include "ui/style/InterfaceStyle.h"
 
 #include <gmock/gmock.h>
 
@@ -121,8 +122,8 @@ TEST_F(MenuBarTest, menuHasTheStatusThePairsAndQuit)
 {
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
     EXPECT_THAT(entries(controller), ElementsAre(QStringLiteral("Ready"), QStringLiteral("-"),
-                                                 QStringLiteral("English → German\u2003⌃⌥D"),
-                                                 QStringLiteral("English → Hindi\u2003—"),
+                                                 QStringLiteral("English → German\t⌃⌥D"),
+                                                 QStringLiteral("English → Hindi\t—"),
                                                  QStringLiteral("-"), QStringLiteral("Quit")));
     controller.menu().actions().constLast()->trigger();
     EXPECT_EQ(quits, 1);
@@ -178,6 +179,21 @@ TEST_F(MenuBarTest, iconPulsesWhileTheProgramIsBusy)
     app.isBusy = false;
     clock.advance(240ms);
     EXPECT_EQ(alphaOfMiddle(), 255);
+}
+
+TEST_F(MenuBarTest, menuHasTheColoursOfTheTheme)
+{
+    dressApplication(theme);
+    appearance.setColorScheme(ColorScheme::dark);
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    controller.menu().setActiveAction(controller.menu().actions().constLast());
+    const QImage image = controller.menu().grab().toImage();
+    EXPECT_EQ(image.pixelColor(image.width() / 2, 2), theme.colors().window);
+    const QRect quit = controller.menu().actionGeometry(controller.menu().actions().constLast());
+    EXPECT_EQ(image.pixelColor(quit.right() - 20, quit.center().y()), theme.colors().accent);
+    controller.togglePanel();
+    QApplication::setStyle(QStringLiteral("Fusion"));
 }
 
 TEST_F(MenuBarTest, namesEveryEntryForScreenReaders)

@@ -1,5 +1,7 @@
 #include "ui/linux/LinuxAppearance.h"
 
+#include "ui/linux/FontDescription.h"
+
 #include <QDBusArgument>
 #include <QGuiApplication>
 #include <QPalette>
@@ -11,6 +13,11 @@ namespace {
 QString appearanceGroup()
 {
     return QStringLiteral("org.freedesktop.appearance");
+}
+
+QString interfaceGroup()
+{
+    return QStringLiteral("org.gnome.desktop.interface");
 }
 
 /// Of the theme that Qt has found, by what is lighter: the window or its text.
@@ -87,8 +94,34 @@ void LinuxAppearance::watchPortal()
         m_appearance.setHighContrast(value.toUInt() == 1);
     });
     m_portal.watch(
-        QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations"),
+        interfaceGroup(), QStringLiteral("enable-animations"),
         [this](const QVariant& value) { m_appearance.setReducedMotion(!value.toBool()); });
+    if (keepsFontInDescription(qEnvironmentVariable("XDG_CURRENT_DESKTOP"))) {
+        watchFont();
+    }
+}
+
+void LinuxAppearance::watchFont()
+{
+    m_portal.watch(interfaceGroup(), QStringLiteral("font-name"), [this](const QVariant& value) {
+        m_font = fontFromDescription(value.toString());
+        updateFont();
+    });
+    m_portal.watch(interfaceGroup(), QStringLiteral("text-scaling-factor"),
+                   [this](const QVariant& value) {
+                       const double factor = value.toDouble();
+                       m_textScale = factor >= 0.5 && factor <= 3 ? factor : 1;
+                       updateFont();
+                   });
+}
+
+void LinuxAppearance::updateFont()
+{
+    std::optional<QFont> font = m_font;
+    if (font) {
+        font->setPointSizeF(font->pointSizeF() * m_textScale);
+    }
+    m_appearance.setSystemFont(font);
 }
 
 } // namespace zelvane

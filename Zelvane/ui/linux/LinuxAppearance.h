@@ -20,9 +20,13 @@ public:
 
 private:
     void watchPortal();
+    void watchFont();
+    void updateFont();
 
     DesktopAppearance& m_appearance;
     ColorScheme m_themeScheme;
+    std::optional<QFont> m_font;
+    double m_textScale = 1;
     SettingsPortal m_portal;
     std::unique_ptr<SelectionWatcher> m_compositor;
 };

@@ -108,8 +108,8 @@ void MenuBarController::fillMenu()
     m_menu.addSeparator();
     const QList<MenuBarRow> rows = m_model.rows();
     for (const MenuBarRow& row : rows) {
-        // Menus that another process draws know no columns, so the shortcut follows the languages.
-        addNote(row.direction + QStringLiteral("\u2003") + row.shortcut);
+        // What follows the tab stands in a column of its own.
+        addNote(row.direction + u'\t' + row.shortcut);
     }
     if (rows.isEmpty()) {
         addNote(localizedText(QStringLiteral("No language pairs enabled")));

@@ -42,6 +42,8 @@ TranslationResultView::TranslationResultView(TranslationResultModel& model, cons
 
     m_original->setReadOnlyText(model.result().original);
     m_translated->setReadOnlyText(model.result().translated);
+    m_originalLabel->setBuddy(&m_original->editor());
+    m_translatedLabel->setBuddy(&m_translated->editor());
     m_original->editor().installEventFilter(this);
     m_translated->editor().installEventFilter(this);
 
@@ -122,6 +124,7 @@ void TranslationResultView::changeEvent(QEvent* event)
     QWidget::changeEvent(event);
     if (event->type() == QEvent::LanguageChange) {
         retranslate();
+        window()->setWindowTitle(m_title->text());
     }
 }
 

@@ -33,6 +33,11 @@ public:
     void setAccent(const std::optional<QColor>& accent) { m_accent = accent; }
     [[nodiscard]] QBindable<std::optional<QColor>> bindableAccent() { return &m_accent; }
 
+    /// The font of body texts; none if Qt's own choice is as good.
+    [[nodiscard]] std::optional<QFont> systemFont() const { return m_systemFont; }
+    void setSystemFont(const std::optional<QFont>& font) { m_systemFont = font; }
+    [[nodiscard]] QBindable<std::optional<QFont>> bindableSystemFont() { return &m_systemFont; }
+
     /// Whether windows may be translucent, with smooth corners and a shadow.
     [[nodiscard]] bool compositing() const { return m_compositing; }
     void setCompositing(bool on) { m_compositing = on; }
@@ -41,10 +46,6 @@ public:
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
     void setReducedMotion(bool on) { m_reducedMotion = on; }
     [[nodiscard]] QBindable<bool> bindableReducedMotion() { return &m_reducedMotion; }
-
-    [[nodiscard]] bool reducedTransparency() const { return m_reducedTransparency; }
-    void setReducedTransparency(bool on) { m_reducedTransparency = on; }
-    [[nodiscard]] QBindable<bool> bindableReducedTransparency() { return &m_reducedTransparency; }
 
     [[nodiscard]] bool highContrast() const { return m_highContrast; }
     void setHighContrast(bool on) { m_highContrast = on; }
@@ -59,11 +60,11 @@ private:
                                          ColorScheme::light, &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY(DesktopAppearance, std::optional<QColor>, m_accent,
                                &DesktopAppearance::changed)
+    Q_OBJECT_BINDABLE_PROPERTY(DesktopAppearance, std::optional<QFont>, m_systemFont,
+                               &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_compositing, false,
                                          &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_reducedMotion, false,
-                                         &DesktopAppearance::changed)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_reducedTransparency, false,
                                          &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_highContrast, false,
                                          &DesktopAppearance::changed)

@@ -1,10 +1,13 @@
 #include "ui/gallery/Scenes.h"
 
 #include "foundation/DescribedError.h"
+#include "foundation/SystemClock.h"
 #include "settings/SecretStore.h"
 #include "support/FakeSecretBackend.h"
 #include "ui/alert/AlertWindowPresenter.h"
+#include "ui/gallery/StandIn.h"
 #include "ui/gallery/Texts.h"
+#include "ui/menubar/MenuBarController.h"
 #include "ui/result/ResultPopup.h"
 #include "ui/style/Symbols.h"
 
@@ -127,6 +130,38 @@ private:
     Sheet m_sheet;
 };
 
+/// The menu of the tray icon, which needs no tray to open.
+class MenuExhibit final : public Exhibit
+{
+public:
+    explicit MenuExhibit(const Stage& stage)
+        : m_secrets(m_defaults, m_backend)
+        , m_settings(m_defaults, m_secrets, QStringLiteral("German"))
+        , m_model(m_settings, &m_state.status, &m_state.isBusy)
+    {
+        QList<LanguagePair> pairs = m_settings.pairs();
+        pairs.first().hotKey = KeyChord{2, KeyChord::control | KeyChord::option};
+        m_settings.setPairs(pairs);
+        m_controller = std::make_unique<MenuBarController>(
+            m_model, stage.theme, m_clock, &m_state.trayAvailable,
+            MenuBarController::Actions{[] {}, [] {}});
+        m_controller->togglePanel();
+        m_controller->menu().setActiveAction(m_controller->menu().actions().constLast());
+    }
+
+    [[nodiscard]] QWidget* window() override { return &m_controller->menu(); }
+
+private:
+    OverlayUserDefaults m_defaults;
+    test::FakeSecretBackend m_backend;
+    SecretStore m_secrets;
+    AppSettings m_settings;
+    StandIn m_state;
+    MenuBarModel m_model;
+    SystemClock m_clock;
+    std::unique_ptr<MenuBarController> m_controller;
+};
+
 Scene popupScene(const QString& name, const QString& original, const QString& translated,
                  TranslationWindowSize size = TranslationWindowSize::medium)
 {
@@ -179,6 +214,8 @@ QList<Scene> allScenes()
     return {
         {QStringLiteral("icons"),
          [](const Stage& stage) { return std::make_unique<IconSheet>(stage); }},
+        {QStringLiteral("menu"),
+         [](const Stage& stage) { return std::make_unique<MenuExhibit>(stage); }},
         popupScene(QStringLiteral("short"), texts::shortEnglish(), texts::shortGerman()),
         copiedScene(),
         focusScene(QStringLiteral("copy"), 1),

@@ -7,10 +7,12 @@
 #include "foundation/SystemClock.h"
 #include "support/FakeSecretBackend.h"
 #include "ui/gallery/Scenes.h"
+#include "ui/gallery/StandIn.h"
 #include "ui/linux/LinuxAppearance.h"
 #include "ui/linux/TrayWatcher.h"
 #include "ui/linux/X11WindowSystem.h"
 #include "ui/menubar/MenuBarController.h"
+#include "ui/style/InterfaceStyle.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -18,7 +20,6 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
-#include <QStyleFactory>
 #include <QTest>
 #include <QTimer>
 
@@ -92,6 +93,11 @@ struct Setting
     LinuxAppearance desktop{appearance, QDBusConnection::sessionBus()};
     std::unique_ptr<WindowSystem> windows = sessionWindowSystem();
     Theme theme{tokens, appearance};
+
+    Setting() { dressApplication(theme); }
+    /// The style refers to the theme, and the application outlives both.
+    ~Setting() { QApplication::setStyle(QStringLiteral("Fusion")); }
+    Q_DISABLE_COPY_MOVE(Setting)
 };
 
 void say(const QString& line)
@@ -120,14 +126,6 @@ int hold(const QString& name)
     return QCoreApplication::exec();
 }
 
-/// The controller's state as the tray shows it.
-class Busyness final : public QObject
-{
-public:
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(Busyness, QString, status, QStringLiteral("Ready"))
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(Busyness, bool, isBusy, false)
-};
-
 int showTray(bool busy)
 {
     const Setting setting;
@@ -135,7 +133,7 @@ int showTray(bool busy)
     test::FakeSecretBackend backend;
     SecretStore secrets(defaults, backend);
     const AppSettings settings(defaults, secrets, QStringLiteral("German"));
-    Busyness state;
+    StandIn state;
     state.isBusy = busy;
     const TrayWatcher tray(QDBusConnection::sessionBus());
     MenuBarModel model(settings, &state.status, &state.isBusy);
@@ -168,7 +166,6 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
     }
     for (const ColorScheme scheme : schemes) {
         appearance.setColorScheme(scheme);
-        QApplication::setPalette(toPalette(theme.colors()));
         Backdrop backdrop(scheme);
         backdrop.show();
         QTest::qWait(settlingTime);
@@ -199,7 +196,6 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QCommandLineParser arguments;
     arguments.addHelpOption();
     arguments.addOption({QStringLiteral("out"), QStringLiteral("Where the pictures go."),

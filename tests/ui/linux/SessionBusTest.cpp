@@ -2,6 +2,7 @@
 
 #include "support/Await.h"
 #include "support/DesktopSession.h"
+#include "ui/linux/FontDescription.h"
 #include "ui/linux/LinuxAppearance.h"
 #include "ui/linux/TrayWatcher.h"
 
@@ -157,6 +158,69 @@ TEST_F(SessionBusTest, seesATrayThatIsThereAndOneThatComesLate)
     EXPECT_TRUE(waitUntil([&] { return late.available(); }));
     ASSERT_TRUE(m_bus.unregisterService(service));
     EXPECT_TRUE(waitUntil([&] { return !early.available() && !late.available(); }));
+}
+
+TEST_F(SessionBusTest, takesTheFontWhereQtMayNotKnowIt)
+{
+    qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
+    m_portal
+        .settings[{QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("font-name")}] =
+        QStringLiteral("Noto Sans 11");
+    startPortal();
+    const LinuxAppearance adapter(m_appearance, m_clientBus);
+    qunsetenv("XDG_CURRENT_DESKTOP");
+    ASSERT_TRUE(waitUntil([&] { return m_appearance.systemFont().has_value(); }));
+    EXPECT_EQ(m_appearance.systemFont()->pointSizeF(), 11);
+    change(QStringLiteral("org.gnome.desktop.interface"), "text-scaling-factor", 1.5);
+    EXPECT_TRUE(waitUntil([&] { return m_appearance.systemFont()->pointSizeF() == 16.5; }));
+}
+
+struct DescriptionCase
+{
+    const char* description;
+    const char* families;
+    double points;
+    int weight;
+    bool italic;
+};
+
+class FontDescriptions : public ::testing::TestWithParam<DescriptionCase>
+{
+};
+
+TEST_P(FontDescriptions, readsFamilyStyleAndSize)
+{
+    const auto font = fontFromDescription(QLatin1String(GetParam().description));
+    ASSERT_TRUE(font.has_value());
+    EXPECT_EQ(font->families().join(u'|').toStdString(), GetParam().families);
+    EXPECT_EQ(font->pointSizeF(), GetParam().points);
+    EXPECT_EQ(int(font->weight()), GetParam().weight);
+    EXPECT_EQ(font->italic(), GetParam().italic);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FontDescriptions,
+                         ::testing::Values(DescriptionCase{"Cantarell 11", "Cantarell", 11, 400,
+                                                           false},
+                                           DescriptionCase{"Noto Sans Semi-Bold Italic 10.5",
+                                                           "Noto Sans", 10.5, 600, true},
+                                           DescriptionCase{"Ubuntu Sans, Noto Sans Medium 12",
+                                                           "Ubuntu Sans|Noto Sans", 12, 500, false},
+                                           DescriptionCase{"Bold 9", "Bold", 9, 400, false}));
+
+TEST(FontFromDescription, hasNoneWithoutAFamilyOrASensibleSize)
+{
+    for (const char* description : {"", "11", "Cantarell", "Cantarell x", "Cantarell -3",
+                                    "Cantarell nan", "Cantarell 100000"}) {
+        EXPECT_EQ(fontFromDescription(QLatin1String(description)), std::nullopt) << description;
+    }
+}
+
+TEST(KeepsFontInDescription, knowsTheDesktopsOfTheFamily)
+{
+    EXPECT_TRUE(keepsFontInDescription(QStringLiteral("ubuntu:GNOME")));
+    EXPECT_TRUE(keepsFontInDescription(QStringLiteral("X-Cinnamon")));
+    EXPECT_FALSE(keepsFontInDescription(QStringLiteral("KDE")));
+    EXPECT_FALSE(keepsFontInDescription(QString()));
 }
 
 TEST(ColorSchemeFromPortal, knowsThreeNumbers)
