@@ -93,7 +93,7 @@ void TranslatorKeyablePanel::paintEvent(QPaintEvent*)
     const QRect panel = rect().marginsRemoved(m_layout->contentsMargins());
     if (!composed()) {
         painter.fillRect(panel, colors.window);
-        painter.setPen(blended(colors.windowBorder, colors.window));
+        painter.setPen(blended(colors.controlBorder, colors.window));
         painter.drawRect(panel.adjusted(0, 0, -1, -1));
         return;
     }

@@ -65,7 +65,7 @@ void InterfaceStyle::drawPrimitive(PrimitiveElement element, const QStyleOption*
         const double radius = m_theme.appearance().compositing() ? menuRadius : 0;
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
-        painter->setPen(blended(colors.windowBorder, colors.window));
+        painter->setPen(blended(colors.controlBorder, colors.window));
         painter->setBrush(colors.window);
         painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), radius,
                                  radius);
