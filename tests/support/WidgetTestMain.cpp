@@ -6,6 +6,17 @@
 
 #include <QApplication>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+/// Fontconfig keeps what it has read for ever.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig";
+}
+#endif
+#endif
+
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
