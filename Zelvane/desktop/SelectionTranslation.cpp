@@ -3,6 +3,10 @@
 #include "foundation/Text.h"
 #include "pipeline/TranslationError.h"
 
+#include <QPointer>
+
+#include <utility>
+
 namespace zelvane {
 
 namespace {
@@ -30,6 +34,15 @@ QString charactersOf(const QString& text)
     return QString::number(text::characterCount(text));
 }
 
+/// After a wait that no stop shortens. The program may have ended meanwhile, and whoever was waited
+/// for says so from its destructor, when the flow's object has long gone.
+void endIfGone(const QPointer<SelectionTranslation>& flow)
+{
+    if (!flow) {
+        throw CancellationError();
+    }
+}
+
 } // namespace
 
 QString caseName(TranslateOutputMode mode)
@@ -50,30 +63,35 @@ SelectionTranslation::SelectionTranslation(const Parts& parts)
 {
 }
 
+SelectionTranslation::~SelectionTranslation()
+{
+    restorePasteboard();
+}
+
 QCoro::Task<TranslateSelectionResult>
 SelectionTranslation::translateSelection(LanguagePair pair, TranslateOutputMode mode,
                                          bool autoReplace, std::stop_token stop)
 {
     beginTrace(pair, mode, autoReplace);
     requirePermission();
-    const PasteboardSnapshot saved = co_await backUpPasteboard();
+    co_await backUpPasteboard();
 
     TranslateSelectionResult result;
-    result.original = co_await copySelection(saved, stop);
+    result.original = co_await copySelection(stop);
 
     const bool isStatic = co_await focusedElementIsStatic();
     result.replaced = mode != TranslateOutputMode::windowOnly && autoReplace && !isStatic;
     result.showWindow = mode == TranslateOutputMode::autoAndWindow || !result.replaced;
     markOutcome(result);
 
-    result.translated = co_await translate(result.original, pair, saved, stop);
-    if (result.replaced && !co_await paste(result.translated, saved, stop)) {
+    result.translated = co_await translate(result.original, pair, stop);
+    if (result.replaced && !co_await paste(result.translated, stop)) {
         // Nobody is left to take the paste: the popup keeps the translation from being lost.
         result.replaced = false;
         result.showWindow = true;
         markOutcome(result);
     }
-    m_parts.pasteboard.restore(saved);
+    restorePasteboard();
     m_parts.trace.mark(QStringLiteral("pasteboard restored"));
     m_parts.trace.mark(QStringLiteral("done"));
     result.diagnostics = m_parts.trace.report();
@@ -104,34 +122,45 @@ void SelectionTranslation::requirePermission()
     m_parts.trace.mark(QStringLiteral("accessibility ok"));
 }
 
-QCoro::Task<PasteboardSnapshot> SelectionTranslation::backUpPasteboard()
+QCoro::Task<void> SelectionTranslation::backUpPasteboard()
 {
-    PasteboardSnapshot saved;
+    const QPointer self(this);
     try {
-        saved = co_await m_parts.pasteboard.snapshot();
+        auto saved = co_await m_parts.pasteboard.snapshot();
+        endIfGone(self);
+        m_saved = std::move(saved);
     } catch (const PasteboardError& error) {
+        endIfGone(self);
         // Going on would replace a clipboard that could not be put back.
         m_parts.trace.mark(QStringLiteral("error"), error.description());
         throw;
     }
     m_parts.trace.mark(QStringLiteral("pasteboard backed up"));
-    co_return saved;
 }
 
-QCoro::Task<QString> SelectionTranslation::copySelection(PasteboardSnapshot saved,
-                                                         std::stop_token stop)
+void SelectionTranslation::restorePasteboard()
 {
+    if (const auto saved = std::exchange(m_saved, std::nullopt)) {
+        m_parts.pasteboard.restore(*saved);
+    }
+}
+
+QCoro::Task<QString> SelectionTranslation::copySelection(std::stop_token stop)
+{
+    const QPointer self(this);
     // Emptied first, so that only what arrives in answer to our own keys counts as the selection.
     m_parts.pasteboard.clear();
     co_await m_parts.keystrokes.postCommandKey(CommandKey::copy);
+    endIfGone(self);
     m_parts.trace.mark(QStringLiteral("Cmd+C posted"));
     co_await m_parts.clock.sleep(copyWait, stop);
     m_parts.trace.mark(QStringLiteral("Cmd+C wait done"), inMilliseconds(copyWait));
 
     const std::optional<QString> copied = co_await m_parts.pasteboard.string();
+    endIfGone(self);
     const QString selection = text::trimmed(copied.value_or(QString()));
     if (selection.isEmpty()) {
-        m_parts.pasteboard.restore(saved);
+        restorePasteboard();
         m_parts.trace.mark(QStringLiteral("selection empty"));
         throw TranslationError(TranslationError::Code::emptyText);
     }
@@ -143,7 +172,9 @@ QCoro::Task<QString> SelectionTranslation::copySelection(PasteboardSnapshot save
 
 QCoro::Task<bool> SelectionTranslation::focusedElementIsStatic()
 {
+    const QPointer self(this);
     const std::optional<FocusedElement> element = co_await m_parts.focus.focusedElement();
+    endIfGone(self);
     const bool staticElement = isStatic(element);
     m_parts.trace.mark(QStringLiteral("editable detect"),
                        staticElement ? QStringLiteral("static") : QStringLiteral("editable"));
@@ -151,31 +182,34 @@ QCoro::Task<bool> SelectionTranslation::focusedElementIsStatic()
 }
 
 QCoro::Task<QString> SelectionTranslation::translate(QString text, LanguagePair pair,
-                                                     PasteboardSnapshot saved, std::stop_token stop)
+                                                     std::stop_token stop)
 {
+    const QPointer self(this);
     m_parts.trace.mark(QStringLiteral("API begin"));
     QString translation;
     try {
         translation = co_await m_parts.translator.translateText(text, pair, stop);
     } catch (...) {
-        m_parts.pasteboard.restore(saved);
-        m_parts.trace.mark(QStringLiteral("error"), describe(std::current_exception()));
+        endIfGone(self);
+        abandon(std::current_exception());
         throw;
     }
+    endIfGone(self);
     m_parts.trace.mark(QStringLiteral("API end"),
                        charactersOf(translation) + QStringLiteral(" chars"));
     co_return translation;
 }
 
-QCoro::Task<bool> SelectionTranslation::paste(QString translation, PasteboardSnapshot saved,
-                                              std::stop_token stop)
+QCoro::Task<bool> SelectionTranslation::paste(QString translation, std::stop_token stop)
 {
+    const QPointer self(this);
     try {
         m_parts.pasteboard.clear();
         m_parts.pasteboard.setString(translation);
         co_await m_parts.clock.sleep(prePasteWait, stop);
         m_parts.trace.mark(QStringLiteral("pre-paste wait done"), inMilliseconds(prePasteWait));
         const PostResult posted = co_await m_parts.keystrokes.postCommandKey(CommandKey::paste);
+        endIfGone(self);
         if (posted == PostResult::targetGone) {
             m_parts.trace.mark(QStringLiteral("paste target gone"));
             co_return false;
@@ -184,11 +218,17 @@ QCoro::Task<bool> SelectionTranslation::paste(QString translation, PasteboardSna
         co_await m_parts.clock.sleep(postPasteWait, stop);
         m_parts.trace.mark(QStringLiteral("post-paste wait done"), inMilliseconds(postPasteWait));
     } catch (...) {
-        m_parts.pasteboard.restore(saved);
-        m_parts.trace.mark(QStringLiteral("error"), describe(std::current_exception()));
+        endIfGone(self);
+        abandon(std::current_exception());
         throw;
     }
     co_return true;
+}
+
+void SelectionTranslation::abandon(const std::exception_ptr& error)
+{
+    restorePasteboard();
+    m_parts.trace.mark(QStringLiteral("error"), describe(error));
 }
 
 void SelectionTranslation::markOutcome(const TranslateSelectionResult& result)

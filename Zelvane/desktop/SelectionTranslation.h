@@ -9,8 +9,11 @@
 #include "settings/AppSettings.h"
 
 #include <QCoroTask>
+#include <QObject>
 #include <QString>
 
+#include <exception>
+#include <optional>
 #include <stop_token>
 
 namespace zelvane {
@@ -42,10 +45,12 @@ struct TranslateSelectionResult
 /// Takes the selection of the program in front, translates it, and pastes the translation over it.
 ///
 /// Foreign programs are never asked for their text by a richer interface than copy and paste, which
-/// every one of them has. The user's clipboard is saved first and restored last, on every path.
-/// Main thread.
-class SelectionTranslation
+/// every one of them has. The user's clipboard is saved first and restored last; at the latest when
+/// this object goes. Main thread, one run at a time.
+class SelectionTranslation final : public QObject
 {
+    Q_OBJECT
+
 public:
     /// What the flow stands on. All must outlive the flow's object and its calls.
     struct Parts
@@ -61,6 +66,9 @@ public:
     };
 
     explicit SelectionTranslation(const Parts& parts);
+    /// Puts the user's clipboard back if a run has not done so. A run that still waits ends with
+    /// `CancellationError`.
+    ~SelectionTranslation() override;
 
     /// One run. `autoReplace` is the setting at the moment of the press. Throws `TranslationError`,
     /// `PasteboardError`, or what the engine fails with.
@@ -72,19 +80,22 @@ public:
 private:
     void beginTrace(const LanguagePair& pair, TranslateOutputMode mode, bool autoReplace);
     void requirePermission();
-    [[nodiscard]] QCoro::Task<PasteboardSnapshot> backUpPasteboard();
-    /// The trimmed selection. Throws `emptyText` after restoring `saved`.
-    [[nodiscard]] QCoro::Task<QString> copySelection(PasteboardSnapshot saved,
-                                                     std::stop_token stop);
+    [[nodiscard]] QCoro::Task<void> backUpPasteboard();
+    void restorePasteboard();
+    /// The trimmed selection. Throws `emptyText` after restoring the clipboard.
+    [[nodiscard]] QCoro::Task<QString> copySelection(std::stop_token stop);
     [[nodiscard]] QCoro::Task<bool> focusedElementIsStatic();
     [[nodiscard]] QCoro::Task<QString> translate(QString text, LanguagePair pair,
-                                                 PasteboardSnapshot saved, std::stop_token stop);
+                                                 std::stop_token stop);
     /// False if there was no window left to paste into.
-    [[nodiscard]] QCoro::Task<bool> paste(QString translation, PasteboardSnapshot saved,
-                                          std::stop_token stop);
+    [[nodiscard]] QCoro::Task<bool> paste(QString translation, std::stop_token stop);
+    /// Restores the clipboard on the way out of a run that fails.
+    void abandon(const std::exception_ptr& error);
     void markOutcome(const TranslateSelectionResult& result);
 
     Parts m_parts;
+    /// The user's clipboard, for as long as something else stands there.
+    std::optional<PasteboardSnapshot> m_saved;
 };
 
 } // namespace zelvane

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 namespace zelvane::test {
 namespace {
 
@@ -386,7 +388,67 @@ TEST_F(Controller, tellsWhenTheShortcutsWorkAndWhatEachRunTook)
     EXPECT_TRUE(reports.first().contains(QStringLiteral("  total: 380 ms")));
 }
 
-TEST_F(Controller, quittingDuringARunPutsTheClipboardBack)
+/// Where a run can stand when the program ends.
+struct QuitCase
+{
+    const char* name;
+    std::function<Hold*(FakePasteboard&, FakeKeystrokePoster&, FakeFocusInspector&)> hold;
+    std::chrono::milliseconds after;
+    const char* lastStep;
+};
+
+class Quitting : public Controller, public ::testing::WithParamInterface<QuitCase>
+{
+};
+
+TEST_P(Quitting, givesTheClipboardBackAndLeavesNobodyBehind)
+{
+    const QuitCase& given = GetParam();
+    settings.setDoubleHotKeyWindow(false);
+    auto run = std::make_unique<SelectionTranslation>(SelectionTranslation::Parts{
+        settings, permission, pasteboard, keystrokes, focus, translator, trace, clock});
+    model = std::make_unique<AppModel>(
+        AppModel::Parts{settings, *run, hotKeys, optionMenu, permission, alerts, windows, clock});
+    QCoreApplication::sendPostedEvents();
+    Hold* hold = given.hold ? given.hold(pasteboard, keystrokes, focus) : nullptr;
+    if (hold) {
+        hold->close();
+    }
+    model->handleHotKey(pair.id);
+    clock.advance(given.after);
+    ASSERT_EQ(log.last(), QString::fromUtf8(given.lastStep));
+
+    model.reset();
+    run.reset();
+    EXPECT_EQ(clipboardText(), QStringLiteral("the user's own"));
+    const QStringList logAtTheEnd = log;
+    if (hold) {
+        hold->open(); // as the platform's adapters do when they go, after all else
+    }
+    clock.advance(5s);
+    EXPECT_EQ(log, logAtTheEnd);
+    EXPECT_TRUE(alerts.alerts.isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stages, Quitting,
+    ::testing::Values(
+        QuitCase{"snapshot", [](auto& board, auto&, auto&) { return &board.heldSnapshot; }, 0ms,
+                 "snapshot"},
+        QuitCase{"copyKeys", [](auto&, auto& keys, auto&) { return &keys.heldCopy; }, 0ms,
+                 "post copy"},
+        QuitCase{"copyWait", nullptr, 100ms, "post copy"},
+        QuitCase{"readText", [](auto& board, auto&, auto&) { return &board.heldString; }, 180ms,
+                 "read string"},
+        QuitCase{"focus", [](auto&, auto&, auto& focus) { return &focus.held; }, 180ms,
+                 "read string"},
+        QuitCase{"prePasteWait", nullptr, 200ms, "set string Hallo Welt"},
+        QuitCase{"pasteKeys", [](auto&, auto& keys, auto&) { return &keys.heldPaste; }, 260ms,
+                 "post paste"},
+        QuitCase{"postPasteWait", nullptr, 300ms, "post paste"}),
+    [](const auto& info) { return info.param.name; });
+
+TEST_F(Controller, quittingDuringTheEnginesCallPutsTheClipboardBack)
 {
     translator.answer.reset();
     settings.setDoubleHotKeyWindow(false);
@@ -396,6 +458,19 @@ TEST_F(Controller, quittingDuringARunPutsTheClipboardBack)
     model.reset();
     EXPECT_EQ(clipboardText(), QStringLiteral("the user's own"));
     EXPECT_TRUE(alerts.alerts.isEmpty());
+}
+
+TEST_F(Controller, quittingWhileAnAlertIsOpenLeavesNobodyBehind)
+{
+    selection = QString();
+    settings.setDoubleHotKeyWindow(false);
+    launch();
+    model->handleHotKey(pair.id);
+    clock.advance(180ms);
+    ASSERT_EQ(alerts.alerts.size(), 1);
+    model.reset();
+    alerts.closed.succeed(0);
+    EXPECT_THAT(log, Not(Contains(QStringLiteral("permission prompt"))));
 }
 
 // The permission.

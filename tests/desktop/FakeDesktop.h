@@ -17,10 +17,34 @@
 
 #include <exception>
 #include <functional>
+#include <utility>
 
 /// Recording stand-ins for everything of the desktop that the flow touches. All write into one log,
 /// so that a test sees the order across them.
 namespace zelvane::test {
+
+/// Keeps an answer back until the test lets it go. Lets everything pass unless it is closed.
+class Hold
+{
+public:
+    void close() { m_gate = Completion<void>(); }
+    void open()
+    {
+        if (m_gate) {
+            std::exchange(m_gate, std::nullopt)->succeed();
+        }
+    }
+
+    [[nodiscard]] QCoro::Task<void> wait() const
+    {
+        if (const auto gate = m_gate) {
+            co_await gate->result();
+        }
+    }
+
+private:
+    std::optional<Completion<void>> m_gate;
+};
 
 class FakePasteboard final : public Pasteboard
 {
@@ -33,6 +57,7 @@ public:
     [[nodiscard]] QCoro::Task<PasteboardSnapshot> snapshot() override
     {
         m_log << QStringLiteral("snapshot");
+        co_await heldSnapshot.wait();
         if (ownerIsFrozen) {
             throw PasteboardError();
         }
@@ -48,6 +73,7 @@ public:
     [[nodiscard]] QCoro::Task<std::optional<QString>> string() override
     {
         m_log << QStringLiteral("read string");
+        co_await heldString.wait();
         const QString type = QStringLiteral("text");
         if (content.items.isEmpty() || !content.items.first().contains(type)) {
             co_return std::nullopt;
@@ -72,6 +98,8 @@ public:
 
     PasteboardSnapshot content;
     bool ownerIsFrozen = false;
+    Hold heldSnapshot;
+    Hold heldString;
 
 private:
     QStringList& m_log;
@@ -92,15 +120,19 @@ public:
             if (onCopy) {
                 onCopy();
             }
+            co_await heldCopy.wait();
             co_return PostResult::posted;
         }
         m_log << QStringLiteral("post paste");
+        co_await heldPaste.wait();
         co_return pasteResult;
     }
 
     /// The foreign program's answer to the copy shortcut.
     std::function<void()> onCopy;
     PostResult pasteResult = PostResult::posted;
+    Hold heldCopy;
+    Hold heldPaste;
 
 private:
     QStringList& m_log;
@@ -111,10 +143,12 @@ class FakeFocusInspector final : public FocusInspector
 public:
     [[nodiscard]] QCoro::Task<std::optional<FocusedElement>> focusedElement() override
     {
+        co_await held.wait();
         co_return element;
     }
 
     std::optional<FocusedElement> element;
+    Hold held;
 };
 
 class FakeTranslator final : public TextTranslator
