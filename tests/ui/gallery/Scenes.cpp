@@ -2,6 +2,8 @@
 
 #include "foundation/DescribedError.h"
 #include "foundation/SystemClock.h"
+#include "pipeline/TranslationError.h"
+#include "settings/Localization.h"
 #include "settings/SecretStore.h"
 #include "support/FakeSecretBackend.h"
 #include "ui/alert/AlertWindowPresenter.h"
@@ -208,9 +210,10 @@ Scene alertScene(const QString& name, const Alert& alert)
 
 QList<Scene> allScenes()
 {
-    const QString failed = QStringLiteral("Translation failed");
-    const QStringList permission{QStringLiteral("Request Permission…"),
-                                 QStringLiteral("Relaunch Zelvane Desk"), QStringLiteral("Cancel")};
+    const QString failed = localizedText(QStringLiteral("Translation failed"));
+    const QStringList permission{localizedText(QStringLiteral("Request Permission…")),
+                                 localizedText(QStringLiteral("Relaunch Zelvane Desk")),
+                                 localizedText(QStringLiteral("Cancel"))};
     return {
         {QStringLiteral("icons"),
          [](const Stage& stage) { return std::make_unique<IconSheet>(stage); }},
@@ -232,16 +235,17 @@ QList<Scene> allScenes()
         popupScene(QStringLiteral("extraLarge"), texts::longEnglish(), texts::longGerman(),
                    TranslationWindowSize::extraLarge),
         alertScene(QStringLiteral("one"),
-                   {failed, QStringLiteral("No text selected."), {QStringLiteral("OK")}}),
+                   {failed,
+                    TranslationError(TranslationError::Code::emptyText).description(),
+                    {localizedText(QStringLiteral("OK"))}}),
         alertScene(QStringLiteral("three"),
                    {failed,
-                    QStringLiteral("Zelvane Desk may not post keys. Allow it in the system's "
-                                   "accessibility settings, or start the program again."),
+                    TranslationError(TranslationError::Code::accessibilityDenied).description(),
                     permission}),
         alertScene(QStringLiteral("long"),
                    {failed,
                     texts::longEnglish() + QStringLiteral("\n\n") + texts::longGerman(),
-                    {QStringLiteral("OK")}}),
+                    {localizedText(QStringLiteral("OK"))}}),
     };
 }
 

@@ -1,10 +1,11 @@
 // Shows each window of the program in each state, with made-up texts, and saves what it looks like.
 //
-// zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME]
+// zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME] [--language CODE]
 // zelvane_gallery --hold NAME     shows one window and ends when it is closed
 // zelvane_gallery --tray          shows the tray icon, as soon as there is a tray, for ever
 
 #include "foundation/SystemClock.h"
+#include "settings/Localization.h"
 #include "support/FakeSecretBackend.h"
 #include "ui/gallery/Scenes.h"
 #include "ui/gallery/StandIn.h"
@@ -204,12 +205,19 @@ int main(int argc, char** argv)
                          QStringLiteral("scheme"), QStringLiteral("both")});
     arguments.addOption({QStringLiteral("only"), QStringLiteral("A part of the scenes' names."),
                          QStringLiteral("name")});
+    arguments.addOption({QStringLiteral("language"),
+                         QStringLiteral("The interface's language, as it is stored: de, hi."),
+                         QStringLiteral("language"), QStringLiteral("en")});
     arguments.addOption({QStringLiteral("hold"),
                          QStringLiteral("Show one scene until it is closed."),
                          QStringLiteral("name")});
     arguments.addOption({QStringLiteral("tray"), QStringLiteral("Show the tray icon.")});
     arguments.addOption({QStringLiteral("busy"), QStringLiteral("Let the tray icon pulse.")});
     arguments.process(application);
+    zelvane::OverlayUserDefaults language;
+    language.setValue(QStringLiteral("zv.appLanguage"),
+                      arguments.value(QStringLiteral("language")));
+    zelvane::installLocalization(&language);
     if (arguments.isSet(QStringLiteral("hold"))) {
         return zelvane::gallery::hold(arguments.value(QStringLiteral("hold")));
     }
