@@ -131,6 +131,7 @@ QCoro::Task<QString> TranslationDispatch::translateWithGlossary(TranslationReque
     if (m_engines.glossary) {
         matches = co_await m_engines.glossary->lookup(lines, request.sourceLanguage,
                                                       request.targetLanguage);
+        matches.resize(size_t(lines.size())); // whatever the dictionaries answer
     }
     const auto hits = std::ranges::count_if(matches, [](const auto& m) { return m.has_value(); });
     if (hits == 0) {

@@ -12,6 +12,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 namespace zelvane::test {
 namespace {
 
@@ -80,9 +82,11 @@ public:
             matches.push_back(known.contains(line) ? std::optional(known.value(line))
                                                    : std::nullopt);
         }
+        matches.resize(std::min(matches.size(), longestAnswer));
         co_return matches;
     }
 
+    std::size_t longestAnswer = 1000;
     QMap<QString, GlossaryMatch> known;
     QStringList asked;
     QStringList languages;
@@ -460,6 +464,13 @@ TEST_F(OfflineDispatch, aFailedRunEndsTheTranslation)
     smart.failAt = 2;
     EXPECT_EQ(codeOf([&] { run(QStringLiteral("a\ndog\nb\ndog\nc")); }), Code::offlineEngineBusy);
     EXPECT_EQ(smart.requests.size(), 2);
+}
+
+TEST_F(OfflineDispatch, linesThatTheGlossaryLeavesOutHaveNoMatch)
+{
+    knowReplacement(QStringLiteral("cat"), QString(), QStringLiteral("Katze"));
+    glossary.longestAnswer = 1;
+    EXPECT_EQ(run(QStringLiteral("cat\ndog")), QStringLiteral("Katze\n<dog>"));
 }
 
 TEST_F(OfflineDispatch, withoutAGlossaryThereAreNoMatches)
