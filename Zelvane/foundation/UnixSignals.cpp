@@ -20,8 +20,10 @@ std::array<int, 2> channel{-1, -1};
 void forward(int number)
 {
     const int savedErrno = errno;
-    // A second signal of the same kind finds the system's own handler.
-    std::signal(number, SIG_DFL);
+    // A second signal finds the system's own handler.
+    for (const int ending : endingSignals) {
+        std::signal(ending, SIG_DFL);
+    }
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = ::write(channel[0], &byte, 1);
     errno = savedErrno;
