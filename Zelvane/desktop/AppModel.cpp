@@ -93,8 +93,14 @@ void AppModel::installAccessibilityWatchers()
 
 void AppModel::accessibilityApiChanged()
 {
-    m_accessibilityDelay =
-        m_parts.clock.callLater(announcementDelay, [this] { refreshAccessibilityState(); });
+    m_tasks.start(
+        [this](std::stop_token stop) { return refreshAfterAnnouncement(std::move(stop)); });
+}
+
+QCoro::Task<void> AppModel::refreshAfterAnnouncement(std::stop_token stop)
+{
+    co_await m_parts.clock.sleep(announcementDelay, stop);
+    refreshAccessibilityState();
 }
 
 void AppModel::activated()

@@ -98,6 +98,7 @@ Q_SIGNALS:
 
 private:
     void installAccessibilityWatchers();
+    [[nodiscard]] QCoro::Task<void> refreshAfterAnnouncement(std::stop_token stop);
     void setStatus(const QString& key);
     void setStatus(const QString& format, const LanguagePair& pair);
     [[nodiscard]] bool statusIsIdle() const;
@@ -117,7 +118,6 @@ private:
     /// First presses that wait for a second one, by pair.
     std::map<QUuid, std::unique_ptr<Timer>> m_pendingHotKey;
     std::unique_ptr<Timer> m_accessibilityTimer;
-    std::unique_ptr<Timer> m_accessibilityDelay;
     TaskScope m_tasks;
 };
 

@@ -497,6 +497,20 @@ TEST_F(Controller, looksAtThePermissionAMomentAfterItsAnnouncement)
     EXPECT_EQ(model->accessibilityState(), State::stale);
 }
 
+TEST_F(Controller, aFurtherAnnouncementDoesNotPutOffTheFirst)
+{
+    launch();
+    model->accessibilityApiChanged();
+    clock.advance(500ms);
+    model->accessibilityApiChanged();
+    platform.tapWorks = false;
+    clock.advance(300ms);
+    EXPECT_EQ(model->accessibilityState(), State::stale);
+    platform.tapWorks = true;
+    clock.advance(500ms);
+    EXPECT_EQ(model->accessibilityState(), State::granted);
+}
+
 TEST_F(Controller, looksAtThePermissionWhenItComesToTheFront)
 {
     launch();
