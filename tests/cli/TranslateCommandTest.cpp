@@ -120,10 +120,11 @@ protected:
         return empty;
     }
 
-    ExitStatus run(const TranslateOptions& options, std::stop_token stop = {})
+    ExitStatus run(const TranslateOptions& options, std::stop_token stop = {},
+                   const QString& text = QStringLiteral("hello"))
     {
-        return await(runTranslateCommand(options, QStringLiteral("hello"), settings, dispatch,
-                                         trace, clock, {input, output, error}, stop));
+        return await(runTranslateCommand(options, text, settings, dispatch, trace, clock,
+                                         {input, output, error}, stop));
     }
 
     VirtualClock clock;
@@ -180,7 +181,23 @@ TEST_F(TranslateRun, aMissingKeyIsAFailure)
 {
     settings.setApiKey(QString());
     EXPECT_EQ(run(*parsed({"--to", "German"})), ExitStatus::failure);
-    EXPECT_EQ(error.data(), "zelvane-desk: API key is not set. Open Settings and add your key.\n");
+    EXPECT_EQ(error.data(),
+              "zelvane-desk: there is no key for Mistral; set ZELVANE_API_KEY, or store one in the "
+              "keyring\n");
+}
+
+TEST_F(TranslateRun, aMissingTextIsAFailure)
+{
+    EXPECT_EQ(run(*parsed({"--to", "German"}), {}, QStringLiteral(" \n")), ExitStatus::failure);
+    EXPECT_EQ(error.data(), "zelvane-desk: there is no text to translate\n");
+}
+
+TEST_F(TranslateRun, anEngineThatIsNotInstalledIsAFailure)
+{
+    settings.setProvider(AIProvider::smartOffline);
+    EXPECT_EQ(run(*parsed({"--to", "German"})), ExitStatus::failure);
+    EXPECT_TRUE(error.data().endsWith(" is not installed; choose another one with --engine NAME\n"))
+        << error.data().toStdString();
 }
 
 } // namespace

@@ -137,7 +137,8 @@ TEST_F(Commands, withoutAKeyAndWithoutABusTranslateSaysWhatIsMissing)
     environment.remove(QStringLiteral("ZELVANE_API_KEY"));
     const Ended ended = run({"translate", "--to", "German", "hello"});
     EXPECT_EQ(ended.status, 1);
-    EXPECT_EQ(ended.errors, "zelvane-desk: API key is not set. Open Settings and add your key.\n");
+    EXPECT_EQ(ended.errors, "zelvane-desk: there is no key for Mistral; set ZELVANE_API_KEY, or "
+                            "store one in the keyring\n");
 }
 
 TEST_F(Commands, wrongUsageIsStatusTwo)
