@@ -22,8 +22,8 @@ class NetworkThread;
 /// HTTPS is verified against the system's certificates, always. Plain HTTP goes to loopback
 /// addresses only, and those never through a proxy. A redirection is followed only within its
 /// origin and only if it keeps the request as it is; any other one is the answer, so that a key
-/// never reaches another host. No cookies, no cache, no silent repetition of a request that may
-/// have reached the server.
+/// never reaches another host. No cookies, no cache. A request is repeated only if a kept
+/// connection turns out dead before anything of the answer has come.
 ///
 /// Used on the thread that made it. A stop must be asked for on that thread.
 class NetworkHttpTransport final : public HttpTransport

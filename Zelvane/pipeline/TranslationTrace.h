@@ -14,7 +14,8 @@ namespace zelvane {
 /// Tells where the time of the last translation went: in this program or at its engine.
 ///
 /// One recorder for the whole process, restarted by every flow that translates. It lives in memory
-/// only and holds no text of the user's. Callable from any thread.
+/// only. The flows record counts and names, no text of the user's; a failure's description may
+/// quote what a server complains about. Callable from any thread.
 class TranslationTrace
 {
 public:
