@@ -2,6 +2,7 @@
 //
 // zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME] [--language CODE]
 // zelvane_gallery --hold NAME     shows one window and ends when it is closed
+// zelvane_gallery --time [--only PART-OF-A-NAME]      prints how fast windows appear
 // zelvane_gallery --tray          shows the tray icon, as soon as there is a tray, for ever
 
 #include "foundation/SystemClock.h"
@@ -18,6 +19,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
@@ -153,6 +155,56 @@ int showTray(bool busy)
     return QCoreApplication::exec();
 }
 
+/// Notes when a window has painted its content for the first time.
+class FirstPaint final : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (event->type() == QEvent::Paint && widget && widget->isWindow() && !painted) {
+            // The window is painted from the back to the front; this very turn paints it all.
+            QMetaObject::invokeMethod(this, [this] { painted = true; }, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+    bool painted = false;
+};
+
+/// Prints for each scene how long it takes from the request for a window to its first frame: once
+/// cold, and the median of ten times warm.
+int measure(const QString& only)
+{
+    const Setting setting;
+    for (const Scene& scene : allScenes()) {
+        if (!scene.name.contains(only)) {
+            continue;
+        }
+        QList<double> times;
+        for (int i = 0; i < 11; ++i) {
+            FirstPaint paint;
+            qApp->installEventFilter(&paint);
+            QElapsedTimer timer;
+            timer.start();
+            const auto exhibit = scene.show({setting.theme, *setting.windows});
+            while (!paint.painted && timer.elapsed() < 5000) {
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            }
+            times.append(double(timer.nsecsElapsed()) / 1e6);
+        }
+        const double cold = times.takeFirst();
+        std::ranges::sort(times);
+        say(QStringLiteral("%1: %2 ms cold, %3 ms warm")
+                .arg(scene.name)
+                .arg(cold, 0, 'f', 1)
+                .arg(times[times.size() / 2], 0, 'f', 1));
+    }
+    return 0;
+}
+
 int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only)
 {
     Setting setting;
@@ -211,6 +263,7 @@ int main(int argc, char** argv)
     arguments.addOption({QStringLiteral("hold"),
                          QStringLiteral("Show one scene until it is closed."),
                          QStringLiteral("name")});
+    arguments.addOption({QStringLiteral("time"), QStringLiteral("Print how fast windows appear.")});
     arguments.addOption({QStringLiteral("tray"), QStringLiteral("Show the tray icon.")});
     arguments.addOption({QStringLiteral("busy"), QStringLiteral("Let the tray icon pulse.")});
     arguments.process(application);
@@ -220,6 +273,9 @@ int main(int argc, char** argv)
     zelvane::installLocalization(&language);
     if (arguments.isSet(QStringLiteral("hold"))) {
         return zelvane::gallery::hold(arguments.value(QStringLiteral("hold")));
+    }
+    if (arguments.isSet(QStringLiteral("time"))) {
+        return zelvane::gallery::measure(arguments.value(QStringLiteral("only")));
     }
     if (arguments.isSet(QStringLiteral("tray"))) {
         QApplication::setQuitOnLastWindowClosed(false);
