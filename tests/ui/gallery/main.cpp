@@ -166,7 +166,7 @@ public:
         const auto* widget = qobject_cast<QWidget*>(watched);
         if (event->type() == QEvent::Paint && widget && widget->isWindow() && !painted) {
             // The window is painted from the back to the front; this very turn paints it all.
-            QMetaObject::invokeMethod(this, [this] { painted = true; }, Qt::QueuedConnection);
+            QTimer::singleShot(0, this, [this] { painted = true; });
         }
         return false;
     }
