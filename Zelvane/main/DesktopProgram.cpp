@@ -3,6 +3,7 @@
 #include "desktop/AppModel.h"
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
+#include "foundation/Worker.h"
 #include "main/Platform.h"
 #include "main/UserInterface.h"
 #include "main/UserStore.h"
@@ -41,7 +42,8 @@ public:
     DesktopProgram(UserStore& store, Clock& clock, Desktop& desktop)
         : m_secretBackend(openSecretStore())
         , m_secrets(store.defaults(), *m_secretBackend)
-        , m_settings(store.defaults(), m_secrets, systemLanguage(currentSystemLocale()).name)
+        , m_settings(store.defaults(), m_secrets, systemLanguage(currentSystemLocale()).name,
+                     &m_worker)
         , m_trace(clock)
         , m_transport(clock)
         , m_chat(m_transport, m_trace)
@@ -77,6 +79,8 @@ public:
 private:
     std::unique_ptr<SecretBackend> m_secretBackend;
     SecretStore m_secrets;
+    /// For calls that may have to wait for another program, such as the keyring.
+    Worker m_worker;
     AppSettings m_settings;
     TranslationTrace m_trace;
     NetworkHttpTransport m_transport;

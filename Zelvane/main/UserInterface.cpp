@@ -9,6 +9,7 @@
 #include "ui/panel/WindowOrigins.h"
 #include "ui/result/ResultPopup.h"
 #include "ui/style/DesktopAppearance.h"
+#include "ui/style/InterfaceStyle.h"
 #include "ui/style/StyleTweaker.h"
 #include "ui/style/Theme.h"
 
@@ -27,6 +28,7 @@ struct UserInterface::Parts
         , alerts(theme, *windows, origins)
         , popup(theme, *windows, origins, settings)
     {
+        dressApplication(theme);
     }
 
     StyleTweaker tokens;

@@ -50,11 +50,18 @@ std::optional<KeyChord> storedChord(const UserDefaults& defaults, const QString&
     return keyChordFromJson(QJsonDocument::fromJson(json).object());
 }
 
+QCoro::Task<void> deliver(QCoro::Task<QString> value, std::function<void(QString)> take)
+{
+    take(co_await value);
+}
+
 } // namespace
 
-AppSettings::AppSettings(UserDefaults& defaults, SecretStore& secrets, QString systemLanguage)
+AppSettings::AppSettings(UserDefaults& defaults, SecretStore& secrets,
+                         const QString& systemLanguage, Worker* worker)
     : m_defaults(defaults)
     , m_secrets(secrets)
+    , m_worker(worker)
 {
     load(systemLanguage);
 }
@@ -87,10 +94,7 @@ void AppSettings::load(const QString& systemLanguage)
     loadPairs(systemLanguage);
     m_hasSeenOnboarding = m_defaults.boolean(hasSeenOnboardingKey).value_or(false);
     m_cloudflareWorkerURL = m_defaults.string(cloudflareWorkerURLKey).value_or(QString());
-    m_cloudflareAccessToken = m_secrets.read(cloudflareAccessTokenAccount()).value_or(QString());
-    if (needsKey(m_provider) && !m_apiKey.value().isEmpty()) {
-        m_lastPersistedAPIKeyByAccount.insert(apiKeyAccount(m_provider), m_apiKey);
-    }
+    loadAccessToken();
     m_isLoaded = true;
 }
 
@@ -133,13 +137,51 @@ void AppSettings::loadKey()
     if (!needsKey(m_provider)) {
         return;
     }
-    const QString account = apiKeyAccount(m_provider);
-    const std::optional<QString> own = m_secrets.read(account);
-    const std::optional<QString> legacy = m_secrets.read(legacyApiKeyAccount());
-    if (!own && legacy && m_secrets.write(*legacy, account)) {
-        std::ignore = m_secrets.write(QString(), legacyApiKeyAccount());
+    const auto adopted = [&secrets = m_secrets, account = apiKeyAccount(m_provider)] {
+        const std::optional<QString> own = secrets.read(account);
+        const std::optional<QString> legacy = secrets.read(legacyApiKeyAccount());
+        if (!own && legacy && secrets.write(*legacy, account)) {
+            std::ignore = secrets.write(QString(), legacyApiKeyAccount());
+        }
+        return own ? *own : legacy.value_or(QString());
+    };
+    fetch(adopted,
+          [this, provider = m_provider.value(), changes = m_keyChanges](const QString& key) {
+              if (changes == m_keyChanges) {
+                  takeKey(provider, key);
+              }
+          });
+}
+
+void AppSettings::loadAccessToken()
+{
+    const auto token = [&secrets = m_secrets] {
+        return secrets.read(cloudflareAccessTokenAccount()).value_or(QString());
+    };
+    fetch(token, [this](const QString& value) { m_cloudflareAccessToken = value; });
+}
+
+/// The key as it stands in the secret store.
+void AppSettings::takeKey(AIProvider provider, const QString& key)
+{
+    if (m_provider != provider) {
+        return; // the switch to the present provider fetches its own
     }
-    m_apiKey = own ? *own : legacy.value_or(QString());
+    if (!key.isEmpty()) {
+        m_lastPersistedAPIKeyByAccount.insert(apiKeyAccount(provider), key);
+    }
+    setApiKey(key);
+}
+
+void AppSettings::fetch(std::function<QString()> secret, std::function<void(QString)> take)
+{
+    if (!m_worker) {
+        take(secret());
+        return;
+    }
+    m_fetches.start([this, secret, take](std::stop_token stop) {
+        return deliver(m_worker->run(secret, std::move(stop)), take);
+    });
 }
 
 void AppSettings::loadPairs(const QString& systemLanguage)
@@ -173,15 +215,21 @@ void AppSettings::switchTo(AIProvider provider)
         return; // changed again since: the later switch does the work
     }
     Q_EMIT providerSwitched(provider);
-    QString key;
     if (needsKey(provider)) {
-        const QString account = apiKeyAccount(provider);
-        key = m_secrets.read(account).value_or(QString());
-        if (!key.isEmpty()) {
-            m_lastPersistedAPIKeyByAccount.insert(account, key);
+        const auto stored = [&secrets = m_secrets, account = apiKeyAccount(provider)] {
+            return secrets.read(account).value_or(QString());
+        };
+        if (m_worker) {
+            setApiKey(QString()); // until its own arrives, not that of another provider
         }
+        fetch(stored, [this, provider, changes = m_keyChanges](const QString& key) {
+            if (changes == m_keyChanges) {
+                takeKey(provider, key);
+            }
+        });
+    } else {
+        setApiKey(QString());
     }
-    setApiKey(key);
     const QString model =
         nonEmptyString(m_defaults, modelKey(provider)).value_or(defaultModel(provider));
     if (model != m_model) {
@@ -232,6 +280,7 @@ void AppSettings::removePair(const QUuid& id)
 
 void AppSettings::setApiKey(const QString& key)
 {
+    ++m_keyChanges;
     m_apiKey = key;
 }
 

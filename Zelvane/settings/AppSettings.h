@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/TaskScope.h"
+#include "foundation/Worker.h"
 #include "settings/AIProvider.h"
 #include "settings/AppLanguage.h"
 #include "settings/FactorySettings.h"
@@ -13,6 +15,7 @@
 #include <QObject>
 #include <QProperty>
 
+#include <functional>
 #include <optional>
 
 namespace zelvane {
@@ -25,9 +28,14 @@ class AppSettings final : public QObject
     Q_OBJECT
 
 public:
-    /// Loads, and moves what older versions stored. `defaults` and `secrets` must outlive this
-    /// object. `systemLanguage` is the name of the user's language, "English (US)" if none fits.
-    AppSettings(UserDefaults& defaults, SecretStore& secrets, QString systemLanguage);
+    /// Loads, and moves what older versions stored. `systemLanguage` is the name of the user's
+    /// language, "English (US)" if none fits.
+    ///
+    /// Secrets may have to be waited for: with a `worker` they are fetched there, and the key and
+    /// the access token arrive in a later turn of the event loop; without one they are fetched at
+    /// once, on the calling thread. All must outlive this object.
+    AppSettings(UserDefaults& defaults, SecretStore& secrets, const QString& systemLanguage,
+                Worker* worker = nullptr);
     ~AppSettings() override;
 
     [[nodiscard]] AIProvider provider() const { return m_provider; }
@@ -135,11 +143,19 @@ private:
     void loadModel();
     void loadPrompt();
     void loadKey();
+    void loadAccessToken();
     void loadPairs(const QString& systemLanguage);
     void switchTo(AIProvider provider);
+    void takeKey(AIProvider provider, const QString& key);
+    /// Fetches a secret, on the worker if there is one, and hands it over on this thread.
+    void fetch(std::function<QString()> secret, std::function<void(QString)> take);
 
     UserDefaults& m_defaults;
     SecretStore& m_secrets;
+    Worker* m_worker;
+    TaskScope m_fetches;
+    /// Counts the keys that were set, so that one fetched before doesn't replace a later one.
+    quint64 m_keyChanges = 0;
     /// What is known to stand in the secret store: a key that is already there is not written
     /// again, since each write may raise a dialog.
     QHash<QString, QString> m_lastPersistedAPIKeyByAccount;
