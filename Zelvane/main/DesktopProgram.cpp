@@ -39,7 +39,7 @@ public:
 class DesktopProgram
 {
 public:
-    DesktopProgram(UserStore& store, Clock& clock, Desktop& desktop)
+    DesktopProgram(UserStore& store, const QString& key, Clock& clock, Desktop& desktop)
         : m_secretBackend(openSecretStore())
         , m_secrets(store.defaults(), *m_secretBackend)
         , m_settings(store.defaults(), m_secrets, systemLanguage(currentSystemLocale()).name,
@@ -57,7 +57,7 @@ public:
                    m_interface.alerts(), m_interface, clock})
         , m_tray(m_interface, m_settings, m_model, clock)
     {
-        if (const QString key = takeKeyFromEnvironment(); !key.isEmpty()) {
+        if (!key.isEmpty()) {
             m_settings.setApiKey(key);
         }
         QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &m_model,
@@ -109,7 +109,7 @@ void reportOn(AppModel& model)
 
 } // namespace
 
-int runDesktopProgram(const CommandLine& line, int argc, char** argv)
+int runDesktopProgram(const CommandLine& line, const QString& key, int argc, char** argv)
 {
     SystemClock clock;
     UserStore store(line.profile);
@@ -131,7 +131,7 @@ int runDesktopProgram(const CommandLine& line, int argc, char** argv)
         return int(ExitStatus::failure);
     }
 
-    DesktopProgram program(store, clock, **desktop);
+    DesktopProgram program(store, key, clock, **desktop);
     if (line.report) {
         reportOn(program.model());
     }

@@ -76,7 +76,8 @@ QCoro::Task<void> translateThenQuit(TranslateOptions options, QString text,
     QCoreApplication::exit(int(status));
 }
 
-ExitStatus runTranslate(const CommandLine& line, UserStore& store, const CommandStreams& streams)
+ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& store,
+                        const CommandStreams& streams)
 {
     const auto options = parseTranslateOptions(line.arguments);
     if (!options) {
@@ -95,7 +96,6 @@ ExitStatus runTranslate(const CommandLine& line, UserStore& store, const Command
 
     OverlayUserDefaults overlay(&store.defaults());
     applyOptions(*options, overlay);
-    const QString key = takeKeyFromEnvironment();
     const std::unique_ptr<SecretBackend> secretBackend =
         key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>();
     SecretStore secrets(overlay, *secretBackend);
@@ -124,7 +124,7 @@ ExitStatus runTranslate(const CommandLine& line, UserStore& store, const Command
 
 } // namespace
 
-int runScriptingProgram(const CommandLine& line, int argc, char** argv)
+int runScriptingProgram(const CommandLine& line, const QString& key, int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     UserStore store(line.profile);
@@ -132,7 +132,7 @@ int runScriptingProgram(const CommandLine& line, int argc, char** argv)
     StandardStreams standard;
     const ExitStatus status = line.command == CommandLine::Command::defaults
                                   ? runDefaults(line, store, standard.streams())
-                                  : runTranslate(line, store, standard.streams());
+                                  : runTranslate(line, key, store, standard.streams());
     if (!standard.flush() && status == ExitStatus::success) {
         standard.streams().complain(QStringLiteral("standard output could not be written"));
         return int(ExitStatus::failure);

@@ -2,10 +2,14 @@
 
 #include "cli/CommandLine.h"
 
+#include <QString>
+
 namespace zelvane {
 
 /// Runs the commands `translate` and `defaults`, which need neither a display nor a session bus;
-/// yields the exit status.
-[[nodiscard]] int runScriptingProgram(const CommandLine& line, int argc, char** argv);
+/// yields the exit status. `key` is the engine's key for this call; empty if there is none but the
+/// stored one.
+[[nodiscard]] int runScriptingProgram(const CommandLine& line, const QString& key, int argc,
+                                      char** argv);
 
 } // namespace zelvane

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 #include "main/DesktopProgram.h"
 #include "main/ScriptingProgram.h"
+#include "main/UserStore.h"
 
 #include <QStringList>
 
@@ -35,6 +36,9 @@ int printHelp(const CommandLine& line)
 
 int main(int argc, char** argv)
 {
+    // Before there is a thread that could read the environment meanwhile, and before any library
+    // starts a child: a bus that is started for want of one keeps what it inherits.
+    const QString key = takeKeyFromEnvironment();
     const auto line = parseCommandLine(argumentsBehindTheName(argc, argv));
     if (!line) {
         print(stderr,
@@ -43,10 +47,10 @@ int main(int argc, char** argv)
     }
     switch (line->command) {
     case CommandLine::Command::desktop:
-        return runDesktopProgram(*line, argc, argv);
+        return runDesktopProgram(*line, key, argc, argv);
     case CommandLine::Command::translate:
     case CommandLine::Command::defaults:
-        return runScriptingProgram(*line, argc, argv);
+        return runScriptingProgram(*line, key, argc, argv);
     case CommandLine::Command::help:
         return printHelp(*line);
     case CommandLine::Command::version:

@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 
 namespace zelvane::test {
@@ -282,6 +284,28 @@ TEST(EndToEnd, theKeyAppearsNowhereButInTheRequestsHeader)
     QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(session.process().processId()));
     ASSERT_TRUE(commandLine.open(QIODevice::ReadOnly));
     EXPECT_THAT(text(commandLine.readAll()), Not(HasSubstr("end-to-end-key")));
+}
+
+TEST(EndToEnd, noOtherProgramInheritsTheKey)
+{
+    // Without a bus, the first one who asks for it starts one, which outlives the asker.
+    DesktopSession::Options options;
+    ZelvaneSession session(options);
+    const QString key = QStringLiteral("inherited-key-%1").arg(QCoreApplication::applicationPid());
+    session.desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), key);
+    session.start();
+    QStringList holders;
+    for (const QString& process : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile environment(QStringLiteral("/proc/%1/environ").arg(process));
+        if (environment.open(QIODevice::ReadOnly) &&
+            environment.readAll().contains(key.toLatin1())) {
+            holders << process;
+        }
+    }
+    holders.removeAll(QStringLiteral("self"));
+    holders.removeAll(QStringLiteral("thread-self"));
+    // What a program was started with stays readable for its user.
+    EXPECT_THAT(holders, ElementsAre(QString::number(session.process().processId())));
 }
 
 } // namespace
