@@ -95,6 +95,35 @@ private:
     TrayItem m_tray;
 };
 
+/// Tells on standard error what the desktop lacks, once that is known: what is missing at first may
+/// just be starting.
+class ShortcomingNotice
+{
+public:
+    ShortcomingNotice(const Desktop& desktop, Clock& clock)
+        : m_desktop(desktop)
+        , m_timer(clock.callEvery(std::chrono::seconds(1), {}, [this] { look(); }))
+    {
+    }
+
+private:
+    void look()
+    {
+        constexpr int mostLooks = 10;
+        const auto shortcoming = m_desktop.shortcoming();
+        if (shortcoming) {
+            complain(*shortcoming);
+        }
+        if (shortcoming || ++m_looks == mostLooks) {
+            m_timer.reset();
+        }
+    }
+
+    const Desktop& m_desktop;
+    int m_looks = 0;
+    std::unique_ptr<Timer> m_timer;
+};
+
 /// Prints what `--report` promises.
 void reportOn(AppModel& model)
 {
@@ -135,6 +164,7 @@ int runDesktopProgram(const CommandLine& line, const QString& key, int argc, cha
     if (line.report) {
         reportOn(program.model());
     }
+    const ShortcomingNotice notice(**desktop, clock);
     const UnixSignals endInOrder([](int) { QApplication::quit(); });
     return QApplication::exec();
 }

@@ -45,6 +45,11 @@ public:
     [[nodiscard]] FocusInspector& focus() override { return m_focus; }
     [[nodiscard]] AccessibilityPlatform& accessibility() override { return m_accessibility; }
 
+    [[nodiscard]] std::optional<QString> shortcoming() const override
+    {
+        return m_focus.unavailable();
+    }
+
 private:
     std::unique_ptr<X11Session> m_session;
     ClipboardExchange m_exchange;

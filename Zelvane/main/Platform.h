@@ -30,6 +30,10 @@ public:
     [[nodiscard]] virtual HotKeyRegistrar& hotKeys() = 0;
     [[nodiscard]] virtual FocusInspector& focus() = 0;
     [[nodiscard]] virtual AccessibilityPlatform& accessibility() = 0;
+
+    /// What the desktop lacks, and what works all the same, in a sentence; none while nothing is
+    /// known to be missing.
+    [[nodiscard]] virtual std::optional<QString> shortcoming() const = 0;
 };
 
 /// The user's store of secrets.

@@ -230,6 +230,19 @@ TEST(EndToEnd, worksWithoutAnAccessibilityBus)
     EXPECT_EQ(session.editorText(), "Hallo Welt");
 }
 
+TEST(EndToEnd, withoutABusItSaysWhatIsMissingAndGoesOn)
+{
+    DesktopSession::Options options;
+    options.windowManager = false;
+    DesktopSession session(options);
+    const auto outcome = session.run(QStringLiteral("timeout"),
+                                     {QStringLiteral("3"), QStringLiteral(ZELVANE_PROGRAM)});
+    constexpr int wasStillRunning = 124;
+    EXPECT_EQ(outcome.exitCode, wasStillRunning);
+    EXPECT_THAT(text(outcome.errors), HasSubstr("zelvane-desk: There is no session bus"));
+    EXPECT_THAT(text(outcome.errors), HasSubstr("Everything else works."));
+}
+
 TEST(EndToEnd, withoutTheTestExtensionItSaysWhatIsMissing)
 {
     DesktopSession::Options options = ZelvaneSession::wholeDesktop();
