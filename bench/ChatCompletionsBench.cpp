@@ -22,8 +22,9 @@ void buildingARequest(benchmark::State& state)
     const QString text = textOf(state.range(0));
     const QString model = QStringLiteral("gpt-5-nano");
     for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            chatRequestBody(text, defaultPromptTemplate(), model, chatParameters(model)));
+        benchmark::DoNotOptimize(QJsonDocument(chatRequestBody(text, defaultPromptTemplate(), model,
+                                                               chatParameters(model)))
+                                     .toJson(QJsonDocument::Compact));
     }
     state.SetBytesProcessed(state.iterations() * text.toUtf8().size());
 }

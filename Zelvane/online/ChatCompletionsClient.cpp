@@ -1,11 +1,9 @@
 #include "online/ChatCompletionsClient.h"
 
 #include "foundation/Text.h"
+#include "online/ApiExchange.h"
 #include "online/JsonError.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "online/JsonShape.h"
 
 #include <algorithm>
 #include <array>
@@ -13,23 +11,6 @@
 namespace zelvane {
 
 namespace {
-
-/// More than any translation; small enough to be parsed without anyone noticing.
-constexpr qint64 maximalAnswerSize = qint64(8) * 1024 * 1024;
-
-QUrl checkedUrl(const QString& urlText)
-{
-    QUrl url(urlText, QUrl::StrictMode);
-    if (!url.isValid() || url.scheme().isEmpty() || url.host().isEmpty()) {
-        throw TranslationError(TranslationError::Code::invalidURL);
-    }
-    return url;
-}
-
-QJsonObject message(const QString& role, const QString& content)
-{
-    return {{QStringLiteral("role"), role}, {QStringLiteral("content"), text::wellFormed(content)}};
-}
 
 /// The names as the trace lists them.
 QString joinedNames(const ChatParameters& parameters)
@@ -40,21 +21,6 @@ QString joinedNames(const ChatParameters& parameters)
 QString attemptText(int attempt)
 {
     return QStringLiteral("attempt ") + QString::number(attempt);
-}
-
-QJsonValue firstChoice(const QJsonDocument& answer)
-{
-    const QJsonArray choices = answer.object().value(u"choices").toArray();
-    const bool areObjects =
-        std::ranges::all_of(choices, [](const QJsonValue& choice) { return choice.isObject(); });
-    return areObjects && !choices.isEmpty() ? choices.first() : QJsonValue();
-}
-
-/// A server may quote the request in its complaint; the key must not be shown with it.
-QByteArray withoutKey(QByteArray body, const QByteArray& key)
-{
-    constexpr qsizetype shortestKey = 8; // a shorter one would also cut ordinary words
-    return key.size() < shortestKey ? body : body.replace(key, "***");
 }
 
 } // namespace
@@ -96,27 +62,23 @@ std::optional<QString> droppableParameter(const TranslationError& failure,
     return named == names.end() ? std::nullopt : std::optional(*named);
 }
 
-QByteArray chatRequestBody(const QString& text, const QString& systemPrompt, const QString& model,
-                           const ChatParameters& parameters)
+QJsonObject chatRequestBody(const QString& text, const QString& systemPrompt, const QString& model,
+                            const ChatParameters& parameters)
 {
-    const QJsonArray messages{message(QStringLiteral("system"), systemPrompt),
-                              message(QStringLiteral("user"), text)};
+    const QJsonArray messages{conversationMessage(QStringLiteral("system"), systemPrompt),
+                              conversationMessage(QStringLiteral("user"), text)};
     QJsonObject body{{QStringLiteral("model"), model}, {QStringLiteral("messages"), messages}};
     for (auto parameter = parameters.cbegin(); parameter != parameters.cend(); ++parameter) {
         body.insert(parameter.key(), parameter.value());
     }
-    return QJsonDocument(body).toJson(QJsonDocument::Compact);
+    return body;
 }
 
 QString chatResponseText(const QByteArray& body)
 {
-    const QJsonDocument answer = parsedJson(body);
-    const QJsonValue content =
-        firstChoice(answer).toObject().value(u"message").toObject().value(u"content");
-    if (!content.isString()) {
-        throw TranslationError(TranslationError::Code::badResponse);
-    }
-    return text::trimmed(content.toString());
+    const QJsonObject answer = parsedJson(body).object();
+    const QJsonObject choice = firstObjectIn(answer.value(u"choices"));
+    return text::trimmed(stringIn(choice.value(u"message").toObject().value(u"content")));
 }
 
 ChatCompletionsClient::ChatCompletionsClient(HttpTransport& transport, TranslationTrace& trace)
@@ -162,16 +124,10 @@ QCoro::Task<QString> ChatCompletionsClient::sendChatRequest(QString text, QStrin
                                                             ChatParameters parameters,
                                                             std::stop_token stop)
 {
-    const QByteArray key = apiKey.toUtf8();
-    HttpRequest request;
-    request.method = "POST";
-    request.url = url;
-    request.headers = {{"Authorization", "Bearer " + key}, {"Content-Type", "application/json"}};
-    request.body = chatRequestBody(text, systemPrompt, model, parameters);
-    request.maximalBodySize = maximalAnswerSize;
-    const HttpResponse response = co_await m_transport.send(request, stop);
-    validateHTTPResponse(response.status, withoutKey(response.body, key));
-    co_return chatResponseText(response.body);
+    const HttpRequest request = jsonPost(url, {{"Authorization", "Bearer " + apiKey.toUtf8()}},
+                                         chatRequestBody(text, systemPrompt, model, parameters));
+    const QByteArray answer = co_await answerBody(m_transport, request, apiKey, stop);
+    co_return chatResponseText(answer);
 }
 
 } // namespace zelvane

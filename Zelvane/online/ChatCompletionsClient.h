@@ -4,7 +4,7 @@
 #include "pipeline/TranslationError.h"
 #include "pipeline/TranslationTrace.h"
 
-#include <QJsonValue>
+#include <QJsonObject>
 #include <QMap>
 
 #include <optional>
@@ -24,9 +24,9 @@ using ChatParameters = QMap<QString, QJsonValue>;
 [[nodiscard]] std::optional<QString> droppableParameter(const TranslationError& failure,
                                                         const ChatParameters& parameters);
 
-/// The body of a request, as compact JSON.
-[[nodiscard]] QByteArray chatRequestBody(const QString& text, const QString& systemPrompt,
-                                         const QString& model, const ChatParameters& parameters);
+/// The body of a request.
+[[nodiscard]] QJsonObject chatRequestBody(const QString& text, const QString& systemPrompt,
+                                          const QString& model, const ChatParameters& parameters);
 
 /// The trimmed content of the first choice of an answer. Throws `JsonError`, or `badResponse` for
 /// JSON of another shape.

@@ -1,8 +1,7 @@
 #include "online/ChatCompletionsClient.h"
 
-#include "online/JsonError.h"
+#include "online/CallOutcome.h"
 #include "online/NetworkHttpTransport.h"
-#include "support/Await.h"
 #include "support/FakeHttpTransport.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/VirtualClock.h"
@@ -29,36 +28,7 @@ using Code = TranslationError::Code;
 
 constexpr char goodAnswer[] = R"({"choices":[{"message":{"content":"Hallo"}}]})";
 
-/// What a call ended with.
-struct Outcome
-{
-    std::optional<QString> translation;
-    std::optional<Code> code;
-    std::optional<TransportError::Kind> transport;
-    bool json = false;
-    bool cancelled = false;
-    QString text; ///< the failure's description
-};
-
-Outcome outcomeOf(QCoro::Task<QString> call)
-{
-    Outcome outcome;
-    try {
-        outcome.translation = await(std::move(call));
-    } catch (const TranslationError& error) {
-        outcome.code = error.code();
-        outcome.text = error.description();
-    } catch (const TransportError& error) {
-        outcome.transport = error.kind();
-        outcome.text = error.description();
-    } catch (const JsonError& error) {
-        outcome.json = true;
-        outcome.text = error.description();
-    } catch (const CancellationError&) {
-        outcome.cancelled = true;
-    }
-    return outcome;
-}
+using Outcome = CallOutcome<QString>;
 
 /// The timeline of a trace without the times: "label · detail".
 QStringList timeline(const TranslationTrace& trace)
@@ -109,7 +79,7 @@ protected:
 TEST_F(ChatCompletions, sendsTheTextAndThePromptToTheModel)
 {
     transport.answer(200, goodAnswer);
-    EXPECT_EQ(translate(QStringLiteral("openai/gpt-4o")).translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(translate(QStringLiteral("openai/gpt-4o")).value, QStringLiteral("Hallo"));
 
     ASSERT_THAT(transport.requests(), SizeIs(1));
     const HttpRequest& request = transport.requests().front();
@@ -157,7 +127,7 @@ TEST_F(ChatCompletions, repeatsWithoutAParameterThatTheServerRefuses)
 {
     transport.answer(400, R"({"error":"Unsupported value: 'temperature'"})");
     transport.answer(200, goodAnswer);
-    EXPECT_EQ(translate().translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(translate().value, QStringLiteral("Hallo"));
     EXPECT_THAT(sentParameters(0), ElementsAre(QStringLiteral("temperature")));
     EXPECT_THAT(sentParameters(1), IsEmpty());
     EXPECT_THAT(timeline(trace),
@@ -172,7 +142,7 @@ TEST_F(ChatCompletions, dropsOneParameterForEachRefusal)
     transport.answer(400, "neither thinking nor temperature");
     transport.answer(400, "no thinking");
     transport.answer(200, goodAnswer);
-    EXPECT_EQ(translate(QStringLiteral("deepseek-chat")).translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(translate(QStringLiteral("deepseek-chat")).value, QStringLiteral("Hallo"));
     EXPECT_THAT(timeline(trace),
                 ElementsAre(QStringLiteral("API HTTP begin · attempt 1; params "
                                            "temperature,thinking"),
@@ -293,7 +263,7 @@ TEST_F(ChatCompletions, sendsValidUtf8EvenForTextThatHasNone)
 {
     transport.answer(200, goodAnswer);
     const QString text = QStringLiteral("a") + QChar(0xd800) + u'b' + QChar(0xdc00);
-    EXPECT_EQ(translate(QStringLiteral("gpt-4o"), text).translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(translate(QStringLiteral("gpt-4o"), text).value, QStringLiteral("Hallo"));
     const QJsonArray messages =
         jsonBody(transport.requests().front().body).value(u"messages").toArray();
     EXPECT_EQ(messages.at(1).toObject().value(u"content").toString(),
@@ -367,15 +337,15 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(ChatCompletions, trimsTheTranslation)
 {
     transport.answer(200, R"({"choices":[{"message":{"content":" \n\u00a0Guten Tag\r\n\t"}}]})");
-    EXPECT_EQ(translate().translation, QStringLiteral("Guten Tag"));
+    EXPECT_EQ(translate().value, QStringLiteral("Guten Tag"));
 }
 
 TEST_F(ChatCompletions, takesAnEmptyTranslationForOne)
 {
     transport.answer(200, R"({"choices":[{"message":{"content":""}}]})");
     transport.answer(200, R"({"choices":[{"message":{"content":" \n"}}]})");
-    EXPECT_EQ(translate().translation, QString());
-    EXPECT_EQ(translate().translation, QString());
+    EXPECT_EQ(translate().value, QString());
+    EXPECT_EQ(translate().value, QString());
     EXPECT_THAT(timeline(trace), Contains(QStringLiteral("API HTTP end · attempt 1 ok")).Times(2));
 }
 
@@ -385,7 +355,7 @@ TEST_F(ChatCompletions, ignoresWhateverElseAnAnswerHolds)
                           R"( {"id":1,"choices":[{"index":0,"message":{)"
                           R"("role":"assistant","refusal":null,"content":"Grüße 👋 \u00e4",)"
                           R"("tool_calls":[]},"logprobs":null},{"x":1}],"usage":{"a":[1,2]}} )");
-    EXPECT_EQ(translate().translation, QStringLiteral("Grüße 👋 ä"));
+    EXPECT_EQ(translate().value, QStringLiteral("Grüße 👋 ä"));
 }
 
 // Over a real connection
@@ -413,7 +383,7 @@ protected:
 TEST_F(ChatCompletionsOnTheWire, sendsWhatTheProtocolAsksFor)
 {
     server.enqueue(Answer::json(200, goodAnswer));
-    EXPECT_EQ(outcomeOf(call()).translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(outcomeOf(call()).value, QStringLiteral("Hallo"));
     const RecordedRequest& request = server.requests().front();
     EXPECT_EQ(request.requestLine, "POST /v1/chat/completions HTTP/1.1");
     EXPECT_EQ(request.header("Authorization"), "Bearer sk-1234567890");
@@ -427,7 +397,7 @@ TEST_F(ChatCompletionsOnTheWire, repeatsWithoutARefusedParameter)
 {
     server.enqueue(Answer::json(400, R"({"error":{"param":"temperature"}})"));
     server.enqueue(Answer::json(200, goodAnswer));
-    EXPECT_EQ(outcomeOf(call()).translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(outcomeOf(call()).value, QStringLiteral("Hallo"));
     EXPECT_EQ(server.requests().back().body,
               R"({"messages":[{"content":"Translate.","role":"system"},)"
               R"({"content":"Hello","role":"user"}],"model":"gpt-4o"})");
@@ -445,8 +415,8 @@ TEST_F(ChatCompletionsOnTheWire, reliesOnTheBodyWhateverItsTypeIsSaidToBe)
 {
     server.enqueue(Answer().send(httpMessage(200, goodAnswer, {{"Content-Type", "text/html"}})));
     server.enqueue(Answer().send(httpMessage(200, goodAnswer, {})));
-    EXPECT_EQ(outcomeOf(call()).translation, QStringLiteral("Hallo"));
-    EXPECT_EQ(outcomeOf(call()).translation, QStringLiteral("Hallo"));
+    EXPECT_EQ(outcomeOf(call()).value, QStringLiteral("Hallo"));
+    EXPECT_EQ(outcomeOf(call()).value, QStringLiteral("Hallo"));
 }
 
 TEST_F(ChatCompletionsOnTheWire, failsOnHalfABody)
