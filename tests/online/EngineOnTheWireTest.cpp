@@ -1,5 +1,6 @@
 // What every engine owes to a server that misbehaves, whatever its format.
 
+#include "online/AnthropicClient.h"
 #include "online/EngineFixture.h"
 #include "online/GeminiClient.h"
 
@@ -38,12 +39,15 @@ protected:
     std::unique_ptr<TranslationEngine> engine = GetParam().make(transport, defaults);
 };
 
-INSTANTIATE_TEST_SUITE_P(Online, EngineOnTheWire,
-                         ::testing::Values(Engine{
-                             "gemini", AIProvider::gemini,
+INSTANTIATE_TEST_SUITE_P(
+    Online, EngineOnTheWire,
+    ::testing::Values(Engine{"gemini", AIProvider::gemini,
                              R"({"candidates":[{"content":{"parts":[{"text":"Hallo"}]}}]})",
-                             make<GeminiClient>}),
-                         [](const auto& info) { return info.param.name; });
+                             make<GeminiClient>},
+                      Engine{"claude", AIProvider::claude,
+                             R"({"content":[{"type":"text","text":"Hallo"}]})",
+                             make<AnthropicClient>}),
+    [](const auto& info) { return info.param.name; });
 
 TEST_P(EngineOnTheWire, takesAnAnswerWhateverItsTypeIsSaidToBe)
 {
