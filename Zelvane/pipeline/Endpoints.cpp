@@ -35,6 +35,12 @@ QString publicBase(AIProvider provider)
     Q_UNREACHABLE();
 }
 
+QString publicBase(DeepLPlan plan)
+{
+    return plan == DeepLPlan::free ? QStringLiteral("https://api-free.deepl.com")
+                                   : QStringLiteral("https://api.deepl.com");
+}
+
 /// The base that a user has set, without a slash at its end. Empty if it can't be used.
 QString checkedBase(const QString& text)
 {
@@ -52,14 +58,25 @@ QString checkedBase(const QString& text)
     return base;
 }
 
+QString urlAt(const QString& standardBase, AIProvider provider, const QString& path,
+              const UserDefaults& defaults)
+{
+    const QString key = QStringLiteral("zv.endpoint.") + rawValue(provider);
+    const QString own = text::trimmed(defaults.string(key).value_or(QString()));
+    const QString base = own.isEmpty() ? standardBase : checkedBase(own);
+    return base.isEmpty() ? QString() : base + path;
+}
+
 } // namespace
 
 QString endpointUrl(AIProvider provider, const QString& path, const UserDefaults& defaults)
 {
-    const QString key = QStringLiteral("zv.endpoint.") + rawValue(provider);
-    const QString own = text::trimmed(defaults.string(key).value_or(QString()));
-    const QString base = own.isEmpty() ? publicBase(provider) : checkedBase(own);
-    return base.isEmpty() ? QString() : base + path;
+    return urlAt(publicBase(provider), provider, path, defaults);
+}
+
+QString deepLEndpointUrl(DeepLPlan plan, const QString& path, const UserDefaults& defaults)
+{
+    return urlAt(publicBase(plan), AIProvider::deepL, path, defaults);
 }
 
 } // namespace zelvane

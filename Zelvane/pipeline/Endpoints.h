@@ -16,8 +16,15 @@ namespace zelvane {
 ///
 /// Empty if the default is no usable address (not HTTP, without a host, with a user name, a query
 /// or a fragment, or plain HTTP to a host other than a loopback address), and for a provider
-/// without a public host.
+/// without one public host.
 [[nodiscard]] QString endpointUrl(AIProvider provider, const QString& path,
                                   const UserDefaults& defaults);
+
+/// The kinds of DeepL accounts, each with a public host of its own.
+enum class DeepLPlan { free, paid };
+
+/// The same for DeepL, whose default takes the place of either host.
+[[nodiscard]] QString deepLEndpointUrl(DeepLPlan plan, const QString& path,
+                                       const UserDefaults& defaults);
 
 } // namespace zelvane

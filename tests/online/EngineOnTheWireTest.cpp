@@ -1,6 +1,7 @@
 // What every engine owes to a server that misbehaves, whatever its format.
 
 #include "online/AnthropicClient.h"
+#include "online/DeepLClient.h"
 #include "online/EngineFixture.h"
 #include "online/GeminiClient.h"
 
@@ -46,7 +47,9 @@ INSTANTIATE_TEST_SUITE_P(
                              make<GeminiClient>},
                       Engine{"claude", AIProvider::claude,
                              R"({"content":[{"type":"text","text":"Hallo"}]})",
-                             make<AnthropicClient>}),
+                             make<AnthropicClient>},
+                      Engine{"deepL", AIProvider::deepL, R"({"translations":[{"text":"Hallo"}]})",
+                             make<DeepLClient>}),
     [](const auto& info) { return info.param.name; });
 
 TEST_P(EngineOnTheWire, takesAnAnswerWhateverItsTypeIsSaidToBe)

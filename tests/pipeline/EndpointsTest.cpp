@@ -113,6 +113,29 @@ TEST(Endpoints, anOwnAddressServesItsProviderOnly)
     EXPECT_EQ(endpointUrl(AIProvider::fastOffline, QStringLiteral("/v1"), defaults), QString());
 }
 
+TEST(Endpoints, deepLHasAHostForEachPlan)
+{
+    const OverlayUserDefaults defaults;
+    EXPECT_EQ(deepLEndpointUrl(DeepLPlan::free, QStringLiteral("/v2/translate"), defaults),
+              QStringLiteral("https://api-free.deepl.com/v2/translate"));
+    EXPECT_EQ(deepLEndpointUrl(DeepLPlan::paid, QStringLiteral("/v2/translate"), defaults),
+              QStringLiteral("https://api.deepl.com/v2/translate"));
+}
+
+TEST(Endpoints, anOwnAddressTakesThePlaceOfBothHostsOfDeepL)
+{
+    OverlayUserDefaults defaults;
+    defaults.setValue(QStringLiteral("zv.endpoint.DeepL"),
+                      QStringLiteral("https://gateway.example/deepl"));
+    for (const DeepLPlan plan : {DeepLPlan::free, DeepLPlan::paid}) {
+        EXPECT_EQ(deepLEndpointUrl(plan, QStringLiteral("/v2/translate"), defaults),
+                  QStringLiteral("https://gateway.example/deepl/v2/translate"));
+    }
+    defaults.setValue(QStringLiteral("zv.endpoint.DeepL"), QStringLiteral("http://192.168.0.2"));
+    EXPECT_EQ(deepLEndpointUrl(DeepLPlan::paid, QStringLiteral("/v2/translate"), defaults),
+              QString());
+}
+
 TEST(Loopback, isThisMachineUnderEachOfItsNames)
 {
     for (const char* url :
