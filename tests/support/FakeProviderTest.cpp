@@ -36,16 +36,12 @@ protected:
         ASSERT_NE(port, 0);
     }
 
-    /// The provider's answer to a request for the translation of `text`.
-    std::string translate(const QString& text, const QByteArray& path = "/v1/chat/completions")
+    /// The provider's answer to a request.
+    std::string ask(const QByteArray& operation, const QByteArray& body = {})
     {
-        const QJsonArray messages{QJsonObject{{QStringLiteral("content"), QStringLiteral("do")}},
-                                  QJsonObject{{QStringLiteral("content"), text}}};
-        const QByteArray body =
-            QJsonDocument(QJsonObject{{QStringLiteral("messages"), messages}}).toJson();
         QTcpSocket socket;
         socket.connectToHost(QStringLiteral("127.0.0.1"), port);
-        socket.write("POST " + path + " HTTP/1.1\r\nAuthorization: Bearer k\r\nContent-Length: " +
+        socket.write(operation + " HTTP/1.1\r\nAuthorization: Bearer k\r\nContent-Length: " +
                      QByteArray::number(body.size()) + "\r\n\r\n" + body);
         QByteArray received;
         const bool answered = waitUntil([&] {
@@ -59,6 +55,15 @@ protected:
         });
         EXPECT_TRUE(answered);
         return received.toStdString();
+    }
+
+    /// The provider's answer to a request for the translation of `text`.
+    std::string translate(const QString& text)
+    {
+        const QJsonArray messages{QJsonObject{{QStringLiteral("content"), QStringLiteral("do")}},
+                                  QJsonObject{{QStringLiteral("content"), text}}};
+        return ask("POST /v1/chat/completions",
+                   QJsonDocument(QJsonObject{{QStringLiteral("messages"), messages}}).toJson());
     }
 
     /// The status and the message of a start that fails.
@@ -113,7 +118,50 @@ TEST_F(FakeProvider, givesTheStatusAndTheBodyThatItIsTold)
 TEST_F(FakeProvider, knowsNoOtherOperation)
 {
     start({});
-    EXPECT_THAT(translate(QStringLiteral("Hello"), "/v1/models"), StartsWith("HTTP/1.1 404 "));
+    EXPECT_THAT(ask("POST /v1/models"), StartsWith("HTTP/1.1 404 "));
+    EXPECT_THAT(ask("GET /v1/messages"), StartsWith("HTTP/1.1 404 "));
+    EXPECT_THAT(ask("POST /v1/embeddings"), StartsWith("HTTP/1.1 404 "));
+}
+
+TEST_F(FakeProvider, speaksTheProtocolOfEachProvider)
+{
+    start({QStringLiteral("--answer"), QStringLiteral("Hallo")});
+    EXPECT_THAT(ask("POST /v1beta/models/m:generateContent?key=k",
+                    R"({"contents":[{"parts":[{"text":"Hello"}]}]})"),
+                EndsWith("\r\n\r\n"
+                         R"({"candidates":[{"content":{"parts":[{"text":"Hallo"}],)"
+                         R"("role":"model"}}]})"));
+    EXPECT_THAT(ask("POST /v1/messages", R"({"messages":[{"content":"Hello"}]})"),
+                EndsWith("\r\n\r\n"
+                         R"({"content":[{"text":"Hallo","type":"text"}],"type":"message"})"));
+    EXPECT_THAT(ask("POST /v2/translate", R"({"text":["Hello"]})"),
+                EndsWith("\r\n\r\n"
+                         R"({"translations":[{"text":"Hallo"}]})"));
+}
+
+TEST_F(FakeProvider, findsTheTextInEachProtocol)
+{
+    start({});
+    EXPECT_THAT(ask("POST /v1beta/models/m:generateContent?key=k",
+                    R"({"contents":[{"parts":[{"text":"one"}]}]})"),
+                ::testing::HasSubstr(R"({"text":"one"})"));
+    EXPECT_THAT(ask("POST /v1/messages", R"({"messages":[{"content":"two"}]})"),
+                ::testing::HasSubstr(R"({"text":"two")"));
+    EXPECT_THAT(ask("POST /v2/translate", R"({"text":["three"]})"),
+                ::testing::HasSubstr(R"({"text":"three"})"));
+}
+
+TEST_F(FakeProvider, listsItsModelsInBothForms)
+{
+    start({QStringLiteral("--models"), QStringLiteral("a,b")});
+    for (const char* path : {"GET /v1/models", "GET /models", "GET /v1beta/models?key=k"}) {
+        EXPECT_THAT(
+            ask(path),
+            EndsWith("\r\n\r\n"
+                     R"({"data":[{"id":"a"},{"id":"b"}],"models":[)"
+                     R"({"name":"models/a","supportedGenerationMethods":["generateContent"]},)"
+                     R"({"name":"models/b","supportedGenerationMethods":["generateContent"]}]})"));
+    }
 }
 
 TEST_F(FakeProvider, logsEachRequest)

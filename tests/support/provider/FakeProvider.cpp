@@ -1,5 +1,5 @@
-// A provider that speaks the chat completions protocol on loopback, for tests of the whole program
-// and for the demonstration.
+// A provider that speaks the protocols of all online engines on loopback, for tests of the whole
+// program and for the demonstration. It knows them by the path.
 
 #include "support/LoopbackHttpServer.h"
 
@@ -10,6 +10,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <optional>
 
@@ -21,6 +23,7 @@ struct Settings
     quint16 port = 0;
     std::optional<QString> answer;
     QJsonObject map;
+    QStringList models;
     int status = 200;
     std::optional<QByteArray> body;
     std::chrono::milliseconds delay{0};
@@ -66,13 +69,15 @@ Settings readSettings(const QCoreApplication& application)
     };
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Answers chat completions requests on 127.0.0.1 and prints \"port N\" when it listens.\n"
+        "Plays each of the online providers on 127.0.0.1 and prints \"port N\" when it listens.\n"
         "Without --answer and --map the translation is the text itself."));
     parser.addHelpOption();
     parser.addOptions(
         {option("port", "Port to listen on; 0 takes a free one.", "N", "0"),
          option("answer", "Translation of every text that --map doesn't know.", "TEXT"),
          option("map", "JSON object from texts to their translations.", "FILE"),
+         option("models", "Models to list, separated by commas.", "NAMES",
+                "gpt-fake,gemini-fake,claude-fake,deepseek-fake,mistral-fake,grok-fake"),
          option("status", "Status of every answer.", "N", "200"),
          option("body", "Body of every answer, as it stands.", "TEXT"),
          option("delay-ms", "Time before every answer.", "N", "0"),
@@ -84,6 +89,7 @@ Settings readSettings(const QCoreApplication& application)
     settings.status = number(parser, QStringLiteral("status"), 999);
     settings.delay =
         std::chrono::milliseconds(number(parser, QStringLiteral("delay-ms"), 3'600'000));
+    settings.models = parser.value(QStringLiteral("models")).split(u',');
     settings.log = parser.value(QStringLiteral("log"));
     if (parser.isSet(QStringLiteral("answer"))) {
         settings.answer = parser.value(QStringLiteral("answer"));
@@ -115,21 +121,105 @@ void appendToLog(const QString& path, const RecordedRequest& request)
     }
 }
 
-/// The content of the last message, which is the text to translate.
-QString textOf(const RecordedRequest& request)
+/// A protocol: how a request is known, where it holds the text, and how the answer holds the
+/// translation.
+struct Protocol
 {
-    const QJsonObject body = QJsonDocument::fromJson(request.body).object();
-    const QJsonArray messages = body.value(u"messages").toArray();
+    QByteArray pathEnding;
+    QString (*textOf)(const QJsonObject& request);
+    QJsonObject (*answer)(const QString& translation);
+};
+
+/// The content of the last message.
+QString lastMessage(const QJsonObject& request)
+{
+    const QJsonArray messages = request.value(u"messages").toArray();
     return messages.isEmpty() ? QString() : messages.last().toObject().value(u"content").toString();
 }
 
-QByteArray completion(const QString& translation)
+QJsonObject chatAnswer(const QString& translation)
 {
     const QJsonObject message{{QStringLiteral("role"), QStringLiteral("assistant")},
                               {QStringLiteral("content"), translation}};
     const QJsonObject choice{{QStringLiteral("index"), 0}, {QStringLiteral("message"), message}};
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"), QJsonArray{choice}}})
-        .toJson(QJsonDocument::Compact);
+    return {{QStringLiteral("choices"), QJsonArray{choice}}};
+}
+
+QJsonObject textObject(const QString& text)
+{
+    return {{QStringLiteral("text"), text}};
+}
+
+QString firstPart(const QJsonObject& request)
+{
+    return request[u"contents"][0][u"parts"][0][u"text"].toString();
+}
+
+QJsonObject geminiAnswer(const QString& translation)
+{
+    const QJsonObject content{{QStringLiteral("role"), QStringLiteral("model")},
+                              {QStringLiteral("parts"), QJsonArray{textObject(translation)}}};
+    const QJsonObject candidate{{QStringLiteral("content"), content}};
+    return {{QStringLiteral("candidates"), QJsonArray{candidate}}};
+}
+
+QJsonObject claudeAnswer(const QString& translation)
+{
+    QJsonObject block = textObject(translation);
+    block.insert(QStringLiteral("type"), QStringLiteral("text"));
+    return {{QStringLiteral("type"), QStringLiteral("message")},
+            {QStringLiteral("content"), QJsonArray{block}}};
+}
+
+QString firstText(const QJsonObject& request)
+{
+    return request[u"text"][0].toString();
+}
+
+QJsonObject deepLAnswer(const QString& translation)
+{
+    return {{QStringLiteral("translations"), QJsonArray{textObject(translation)}}};
+}
+
+const std::array<Protocol, 4>& protocols()
+{
+    static const std::array<Protocol, 4> all{{
+        {"/chat/completions", lastMessage, chatAnswer},
+        {":generateContent", firstPart, geminiAnswer},
+        {"/v1/messages", lastMessage, claudeAnswer},
+        {"/v2/translate", firstText, deepLAnswer},
+    }};
+    return all;
+}
+
+/// A listing in both of the forms that there are.
+QJsonObject listing(const QStringList& models)
+{
+    const QJsonArray methods{QStringLiteral("generateContent")};
+    QJsonArray identified;
+    QJsonArray named;
+    for (const QString& model : models) {
+        identified.append(QJsonObject{{QStringLiteral("id"), model}});
+        named.append(QJsonObject{{QStringLiteral("name"), QStringLiteral("models/") + model},
+                                 {QStringLiteral("supportedGenerationMethods"), methods}});
+    }
+    return {{QStringLiteral("data"), identified}, {QStringLiteral("models"), named}};
+}
+
+/// What the provider says to a request that it understands.
+std::optional<QJsonObject> replyTo(const RecordedRequest& request, const Settings& settings)
+{
+    const QByteArray path = request.target().split('?').first();
+    if (request.method() == "GET" && path.endsWith("/models")) {
+        return listing(settings.models);
+    }
+    const auto protocol = std::ranges::find_if(
+        protocols(), [&](const Protocol& known) { return path.endsWith(known.pathEnding); });
+    if (request.method() != "POST" || protocol == protocols().end()) {
+        return std::nullopt;
+    }
+    const QString text = protocol->textOf(QJsonDocument::fromJson(request.body).object());
+    return protocol->answer(settings.map.value(text).toString(settings.answer.value_or(text)));
 }
 
 Answer answerTo(const RecordedRequest& request, const Settings& settings)
@@ -137,19 +227,16 @@ Answer answerTo(const RecordedRequest& request, const Settings& settings)
     if (!settings.log.isEmpty()) {
         appendToLog(settings.log, request);
     }
-    const bool isKnown =
-        request.method() == "POST" && request.target().endsWith("/chat/completions");
-    if (!isKnown) {
+    const std::optional<QJsonObject> reply = replyTo(request, settings);
+    if (!reply) {
         return Answer::json(404, R"({"error":{"message":"no such operation"}})");
     }
-    const QString text = textOf(request);
-    const QString translation = settings.map.value(text).toString(settings.answer.value_or(text));
     Answer answer;
     if (settings.delay.count() > 0) {
         answer.pause(settings.delay);
     }
-    return answer.send(
-        httpMessage(settings.status, settings.body.value_or(completion(translation))));
+    const QByteArray body = QJsonDocument(*reply).toJson(QJsonDocument::Compact);
+    return answer.send(httpMessage(settings.status, settings.body.value_or(body)));
 }
 
 int run(const QCoreApplication& application)
