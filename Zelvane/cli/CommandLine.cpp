@@ -13,6 +13,7 @@ in the desktop session and waits for its keyboard shortcuts.
 
 Commands:
   translate   translate a text and print the translation
+  models      print the models that the engine offers
   defaults    read and change settings by key
   help        show this text, or that of a command: help translate
 
@@ -23,7 +24,7 @@ Options:
   --help          show this text
   --version       show the version
 
-translate and defaults need no display, no session bus and no desktop.
+The commands need no display, no session bus and no desktop.
 )";
 
 const char* const translateHelp =
@@ -35,7 +36,7 @@ translation alone on standard output. All else goes to standard error.
 Options:
   --from LANGUAGE     the language of the text (default: "Any Language")
   --to LANGUAGE       the language to translate into
-  --engine NAME       the engine, for this call: "ChatGPT", "Mistral", ...
+  --engine NAME       the engine, for this call: "ChatGPT", "Gemini", ...
   --model ID          the engine's model, for this call
   --prompt TEMPLATE   the prompt, for this call; {{source}} and {{target}} stand
                       for the languages
@@ -47,6 +48,24 @@ Environment:
   ZELVANE_API_KEY     the engine's key, for this call. A key is never an argument.
 
 Exit status: 0 translated, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const modelsHelp =
+    R"(Usage: zelvane-desk [--profile DIR] models [OPTIONS]
+
+Asks the engine which models your key can reach, and prints the identifier of each
+that can translate on a line of its own. DeepL and the engines on this machine
+have none to choose from.
+
+Options:
+  --engine NAME   the engine, for this call: "ChatGPT", "Gemini", ...
+  --json          print one JSON object instead, with the models' names
+  --help          show this text
+
+Environment:
+  ZELVANE_API_KEY     the engine's key, for this call. A key is never an argument.
+
+Exit status: 0 listed, 1 failed, 2 wrong usage, 130 interrupted.
 )";
 
 const char* const defaultsHelp = R"(Usage: zelvane-desk [--profile DIR] defaults COMMAND
@@ -108,6 +127,8 @@ std::expected<CommandLine, QString> parseCommandLine(const QStringList& argument
     line.arguments = arguments.sliced(i + 1);
     if (name == QStringLiteral("translate")) {
         line.command = CommandLine::Command::translate;
+    } else if (name == QStringLiteral("models")) {
+        line.command = CommandLine::Command::models;
     } else if (name == QStringLiteral("defaults")) {
         line.command = CommandLine::Command::defaults;
     } else if (name == QStringLiteral("help")) {
@@ -123,6 +144,8 @@ QString helpText(CommandLine::Command command)
     switch (command) {
     case CommandLine::Command::translate:
         return QString::fromUtf8(translateHelp);
+    case CommandLine::Command::models:
+        return QString::fromUtf8(modelsHelp);
     case CommandLine::Command::defaults:
         return QString::fromUtf8(defaultsHelp);
     case CommandLine::Command::desktop:

@@ -23,6 +23,7 @@ struct CommandLine
     enum class Command {
         desktop,
         translate,
+        models,
         defaults,
         help,
         version,

@@ -21,4 +21,8 @@ struct CommandStreams
     }
 };
 
+/// `value` for output that is read line by line and column by column: backslashes, line breaks and
+/// tabs are escaped.
+[[nodiscard]] QByteArray onOneLine(const QByteArray& value);
+
 } // namespace zelvane

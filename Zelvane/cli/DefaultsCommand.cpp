@@ -44,31 +44,6 @@ QByteArray typeName(const DefaultsValue& value)
                       value);
 }
 
-/// One value on one line: what would break the line or the columns is escaped.
-QByteArray onOneLine(const QByteArray& value)
-{
-    QByteArray line;
-    for (const char c : value) {
-        switch (c) {
-        case '\n':
-            line += "\\n";
-            break;
-        case '\r':
-            line += "\\r";
-            break;
-        case '\t':
-            line += "\\t";
-            break;
-        case '\\':
-            line += "\\\\";
-            break;
-        default:
-            line += c;
-        }
-    }
-    return line;
-}
-
 std::optional<bool> parseBool(const QString& text)
 {
     const QString lower = text.toLower();

@@ -1,5 +1,6 @@
 #include "cli/TranslateCommand.h"
 
+#include "cli/EngineChoice.h"
 #include "foundation/Text.h"
 #include "pipeline/Prompts.h"
 #include "pipeline/TranslationError.h"
@@ -83,21 +84,6 @@ QString asJson(const QJsonObject& object)
 
 } // namespace
 
-std::optional<AIProvider> engineFromName(const QString& name)
-{
-    if (const auto exact = providerFromStoredName(name)) {
-        return exact;
-    }
-    QString plain = name.toLower();
-    plain.remove(u' ').remove(u'-');
-    for (const AIProvider provider : allProviders) {
-        if (rawValue(provider).toLower().remove(u' ') == plain) {
-            return provider;
-        }
-    }
-    return std::nullopt;
-}
-
 Parsed parseTranslateOptions(const QStringList& arguments)
 {
     static const QStringList valued{QStringLiteral("--from"), QStringLiteral("--to"),
@@ -150,7 +136,7 @@ Parsed parseTranslateOptions(const QStringList& arguments)
 void applyOptions(const TranslateOptions& options, UserDefaults& overlay)
 {
     if (options.engine) {
-        overlay.setValue(QStringLiteral("zv.provider"), rawValue(*options.engine));
+        chooseEngine(*options.engine, overlay);
     }
     if (!options.model.isEmpty()) {
         const QString stored = overlay.string(QStringLiteral("zv.provider")).value_or(QString());

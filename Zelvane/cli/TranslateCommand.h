@@ -32,9 +32,6 @@ parseTranslateOptions(const QStringList& arguments);
 /// Puts the choices of one call over the stored settings, before these are loaded.
 void applyOptions(const TranslateOptions& options, UserDefaults& overlay);
 
-/// The engine that a name means: any stored spelling, its case not mattering.
-[[nodiscard]] std::optional<AIProvider> engineFromName(const QString& name);
-
 /// Runs one translation and prints its outcome. `text` is what is to be translated. Never throws.
 [[nodiscard]] QCoro::Task<ExitStatus>
 runTranslateCommand(TranslateOptions options, QString text, const AppSettings& settings,

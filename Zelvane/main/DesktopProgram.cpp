@@ -4,16 +4,14 @@
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
 #include "foundation/Worker.h"
+#include "main/OnlineEngines.h"
 #include "main/Platform.h"
 #include "main/UserInterface.h"
 #include "main/UserStore.h"
-#include "online/NetworkHttpTransport.h"
-#include "pipeline/TranslationDispatch.h"
 #include "settings/Localization.h"
 #include "settings/SystemLanguage.h"
 
 #include <QApplication>
-#include <QNetworkProxyFactory>
 #include <QWindow>
 
 #include <cstdio>
@@ -45,9 +43,8 @@ public:
         , m_settings(store.defaults(), m_secrets, systemLanguage(currentSystemLocale()).name,
                      &m_worker)
         , m_trace(clock)
-        , m_transport(clock)
-        , m_chat(m_transport, m_trace)
-        , m_dispatch(m_settings, store.defaults(), m_trace, {&m_chat, nullptr, {}, nullptr})
+        , m_engines(clock, store.defaults(), m_trace)
+        , m_dispatch(m_settings, store.defaults(), m_trace, m_engines.forDispatch())
         , m_permission(desktop.accessibility(), store.defaults(), clock)
         , m_selection({m_settings, m_permission, desktop.pasteboard(), desktop.keystrokes(),
                        desktop.focus(), m_dispatch, m_trace, clock})
@@ -83,8 +80,7 @@ private:
     Worker m_worker;
     AppSettings m_settings;
     TranslationTrace m_trace;
-    NetworkHttpTransport m_transport;
-    ChatCompletionsClient m_chat;
+    OnlineEngines m_engines;
     TranslationDispatch m_dispatch;
     AccessibilityPermission m_permission;
     SelectionTranslation m_selection;
@@ -152,7 +148,6 @@ int runDesktopProgram(const CommandLine& line, const QString& key, int argc, cha
     QApplication::setApplicationName(QStringLiteral("Zelvane Desk"));
     QApplication::setDesktopFileName(QStringLiteral("org.zelvane.desk"));
     QApplication::setQuitOnLastWindowClosed(false);
-    QNetworkProxyFactory::setUseSystemConfiguration(true);
 
     const auto desktop = openDesktop(clock, [] {});
     if (!desktop) {

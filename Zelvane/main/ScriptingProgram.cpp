@@ -1,18 +1,19 @@
 #include "main/ScriptingProgram.h"
 
 #include "cli/DefaultsCommand.h"
+#include "cli/EngineChoice.h"
+#include "cli/ModelsCommand.h"
 #include "cli/TranslateCommand.h"
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
+#include "main/OnlineEngines.h"
 #include "main/Platform.h"
 #include "main/UserStore.h"
-#include "online/NetworkHttpTransport.h"
 #include "settings/Localization.h"
 #include "settings/SystemLanguage.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QNetworkProxyFactory>
 
 namespace zelvane {
 
@@ -52,9 +53,44 @@ public:
     SecretStatus remove(const QString&) override { return SecretStatus::notFound; }
 };
 
-ExitStatus misused(const CommandStreams& streams, const QString& sentence)
+/// What a command that uses an engine needs, in the order in which it is made.
+class EngineSession
 {
-    streams.complain(sentence + QStringLiteral(" (see zelvane-desk help translate)"));
+public:
+    /// `overlay` holds the choices of this call over the stored settings, and must outlive this.
+    /// `key` is the engine's for this call; empty if there is none but the stored one.
+    EngineSession(UserDefaults& overlay, const QString& key)
+        : m_secretBackend(key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>())
+        , m_secrets(overlay, *m_secretBackend)
+        , m_settings(overlay, m_secrets, systemLanguage(currentSystemLocale()).name)
+        , m_trace(m_clock)
+        , m_engines(m_clock, overlay, m_trace)
+        , m_dispatch(m_settings, overlay, m_trace, m_engines.forDispatch())
+    {
+        if (!key.isEmpty()) {
+            m_settings.setApiKey(key);
+        }
+    }
+
+    [[nodiscard]] const Clock& clock() const { return m_clock; }
+    [[nodiscard]] const AppSettings& settings() const { return m_settings; }
+    [[nodiscard]] TranslationTrace& trace() { return m_trace; }
+    [[nodiscard]] RemoteModels& models() { return m_engines.models(); }
+    [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
+
+private:
+    SystemClock m_clock;
+    std::unique_ptr<SecretBackend> m_secretBackend;
+    SecretStore m_secrets;
+    AppSettings m_settings;
+    TranslationTrace m_trace;
+    OnlineEngines m_engines;
+    TranslationDispatch m_dispatch;
+};
+
+ExitStatus misused(const CommandStreams& streams, const QString& sentence, const QString& command)
+{
+    streams.complain(sentence + QStringLiteral(" (see zelvane-desk help %1)").arg(command));
     return ExitStatus::wrongUsage;
 }
 
@@ -65,15 +101,21 @@ ExitStatus runDefaults(const CommandLine& line, UserStore& store, const CommandS
     return store.defaults().flush() ? status : ExitStatus::failure;
 }
 
-/// Starts the translation on the running event loop and ends the loop with its status.
-QCoro::Task<void> translateThenQuit(TranslateOptions options, QString text,
-                                    const AppSettings* settings, TranslationDispatch* dispatch,
-                                    TranslationTrace* trace, const Clock* clock,
-                                    CommandStreams streams, std::stop_token stop)
+/// Ends the event loop with the status of `command`.
+QCoro::Task<void> quitAfter(QCoro::Task<ExitStatus> command)
 {
-    const ExitStatus status = co_await runTranslateCommand(options, text, *settings, *dispatch,
-                                                           *trace, *clock, streams, stop);
+    const ExitStatus status = co_await command;
     QCoreApplication::exit(int(status));
+}
+
+/// Runs a command on the event loop to its end, which a signal to the process makes it hurry to.
+ExitStatus runToItsEnd(const std::function<QCoro::Task<ExitStatus>(std::stop_token)>& command)
+{
+    std::stop_source stop;
+    const UnixSignals signalsToStop([&stop](int) { stop.request_stop(); });
+    QMetaObject::invokeMethod(
+        qApp, [&] { quitAfter(command(stop.get_token())); }, Qt::QueuedConnection);
+    return ExitStatus(QCoreApplication::exec());
 }
 
 ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& store,
@@ -81,7 +123,7 @@ ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& 
 {
     const auto options = parseTranslateOptions(line.arguments);
     if (!options) {
-        return misused(streams, options.error());
+        return misused(streams, options.error(), QStringLiteral("translate"));
     }
     if (options->help) {
         streams.print(helpText(CommandLine::Command::translate));
@@ -96,30 +138,46 @@ ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& 
 
     OverlayUserDefaults overlay(&store.defaults());
     applyOptions(*options, overlay);
-    const std::unique_ptr<SecretBackend> secretBackend =
-        key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>();
-    SecretStore secrets(overlay, *secretBackend);
-    AppSettings settings(overlay, secrets, systemLanguage(currentSystemLocale()).name);
-    if (!key.isEmpty()) {
-        settings.setApiKey(key);
-    }
-    QNetworkProxyFactory::setUseSystemConfiguration(true);
-    SystemClock clock;
-    TranslationTrace trace(clock);
-    NetworkHttpTransport transport(clock);
-    ChatCompletionsClient chat(transport, trace);
-    TranslationDispatch dispatch(settings, overlay, trace, {&chat, nullptr, {}, nullptr});
+    EngineSession session(overlay, key);
+    return runToItsEnd([&](std::stop_token stop) {
+        return runTranslateCommand(*options, *text, session.settings(), session.dispatch(),
+                                   session.trace(), session.clock(), streams, std::move(stop));
+    });
+}
 
-    std::stop_source stop;
-    const UnixSignals signalsToStop([&stop](int) { stop.request_stop(); });
-    QMetaObject::invokeMethod(
-        qApp,
-        [&] {
-            translateThenQuit(*options, *text, &settings, &dispatch, &trace, &clock, streams,
-                              stop.get_token());
-        },
-        Qt::QueuedConnection);
-    return ExitStatus(QCoreApplication::exec());
+ExitStatus runModels(const CommandLine& line, const QString& key, UserStore& store,
+                     const CommandStreams& streams)
+{
+    const auto options = parseModelsOptions(line.arguments);
+    if (!options) {
+        return misused(streams, options.error(), QStringLiteral("models"));
+    }
+    if (options->help) {
+        streams.print(helpText(CommandLine::Command::models));
+        return ExitStatus::success;
+    }
+    OverlayUserDefaults overlay(&store.defaults());
+    if (options->engine) {
+        chooseEngine(*options->engine, overlay);
+    }
+    EngineSession session(overlay, key);
+    return runToItsEnd([&](std::stop_token stop) {
+        return runModelsCommand(*options, session.settings(), session.models(), streams,
+                                std::move(stop));
+    });
+}
+
+ExitStatus runCommand(const CommandLine& line, const QString& key, UserStore& store,
+                      const CommandStreams& streams)
+{
+    switch (line.command) {
+    case CommandLine::Command::defaults:
+        return runDefaults(line, store, streams);
+    case CommandLine::Command::models:
+        return runModels(line, key, store, streams);
+    default:
+        return runTranslate(line, key, store, streams);
+    }
 }
 
 } // namespace
@@ -130,9 +188,7 @@ int runScriptingProgram(const CommandLine& line, const QString& key, int argc, c
     UserStore store(line.profile);
     installLocalization(&store.defaults());
     StandardStreams standard;
-    const ExitStatus status = line.command == CommandLine::Command::defaults
-                                  ? runDefaults(line, store, standard.streams())
-                                  : runTranslate(line, key, store, standard.streams());
+    const ExitStatus status = runCommand(line, key, store, standard.streams());
     if (!standard.flush() && status == ExitStatus::success) {
         standard.streams().complain(QStringLiteral("standard output could not be written"));
         return int(ExitStatus::failure);

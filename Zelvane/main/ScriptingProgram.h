@@ -6,7 +6,7 @@
 
 namespace zelvane {
 
-/// Runs the commands `translate` and `defaults`, which need neither a display nor a session bus;
+/// Runs a command, which needs neither a display nor a session bus;
 /// yields the exit status. `key` is the engine's key for this call; empty if there is none but the
 /// stored one.
 [[nodiscard]] int runScriptingProgram(const CommandLine& line, const QString& key, int argc,

@@ -49,6 +49,7 @@ int main(int argc, char** argv)
     case CommandLine::Command::desktop:
         return runDesktopProgram(*line, key, argc, argv);
     case CommandLine::Command::translate:
+    case CommandLine::Command::models:
     case CommandLine::Command::defaults:
         return runScriptingProgram(*line, key, argc, argv);
     case CommandLine::Command::help:

@@ -61,6 +61,10 @@ TEST(CommandLine, helpAndVersionAreAskedForInTheUsualWays)
     EXPECT_EQ(parseCommandLine({QStringLiteral("--help")})->command, Command::help);
     EXPECT_EQ(parseCommandLine({QStringLiteral("help")})->command, Command::help);
     EXPECT_EQ(parseCommandLine({QStringLiteral("--version")})->command, Command::version);
+    EXPECT_EQ(parseCommandLine({QStringLiteral("models")})->command, Command::models);
+    EXPECT_TRUE(
+        helpText(Command::models)
+            .startsWith(QStringLiteral("Usage: zelvane-desk [--profile DIR] models [OPTIONS]\n")));
     EXPECT_TRUE(helpText(Command::translate).contains(QStringLiteral("ZELVANE_API_KEY")));
 }
 

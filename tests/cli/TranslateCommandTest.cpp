@@ -1,5 +1,6 @@
 #include "cli/TranslateCommand.h"
 
+#include "cli/EngineChoice.h"
 #include "support/Await.h"
 #include "support/FakeHttpTransport.h"
 #include "support/FakeSecretBackend.h"

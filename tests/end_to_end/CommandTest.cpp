@@ -17,6 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 struct Ended
 {
@@ -121,6 +122,189 @@ TEST_F(Commands, translateChoosesTheEngineForOneCall)
     EXPECT_THAT(body, HasSubstr(R"("To German!")"));
     EXPECT_EQ(run({"defaults", "read", "zv.provider"}).output, "Mistral\n");
     EXPECT_EQ(run({"defaults", "read", "zv.model.ChatGPT"}).status, 1);
+}
+
+struct EngineCase
+{
+    const char* name;
+    const char* endpoint; ///< the setting with its address
+    const char* answer;
+    const char* requestLine;
+};
+
+class EngineCommand : public Commands, public ::testing::WithParamInterface<EngineCase>
+{
+};
+
+TEST_P(EngineCommand, translatesInItsOwnProtocol)
+{
+    run({"defaults", "write", GetParam().endpoint, provider.url().toString().toUtf8().constData()});
+    provider.enqueue(Answer::json(200, GetParam().answer));
+    const Ended ended = run({"translate", "--from", "English", "--to", "German", "--engine",
+                             GetParam().name, "--trace", "hello"});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "Hallo\n");
+    EXPECT_THAT(ended.errors, Not(HasSubstr("command-key")));
+    ASSERT_EQ(provider.requests().size(), 1u);
+    EXPECT_EQ(provider.requests().front().requestLine, GetParam().requestLine);
+}
+
+TEST_P(EngineCommand, failsInTheWordsOfItsProvider)
+{
+    run({"defaults", "write", GetParam().endpoint, provider.url().toString().toUtf8().constData()});
+    provider.enqueue(Answer::json(403, "no command-key"));
+    const Ended ended =
+        run({"translate", "--to", "German", "--engine", GetParam().name, "--trace", "hello"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, StartsWith("zelvane-desk: API error 403: no ***\n"));
+    EXPECT_THAT(ended.errors, Not(HasSubstr("command-key")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Engines, EngineCommand,
+    ::testing::Values(
+        EngineCase{"chatgpt", "zv.endpoint.ChatGPT",
+                   R"({"choices":[{"message":{"content":"Hallo"}}]})",
+                   "POST /v1/chat/completions HTTP/1.1"},
+        EngineCase{"deepseek", "zv.endpoint.DeepSeek",
+                   R"({"choices":[{"message":{"content":"Hallo"}}]})",
+                   "POST /chat/completions HTTP/1.1"},
+        EngineCase{"mistral", "zv.endpoint.Mistral",
+                   R"({"choices":[{"message":{"content":"Hallo"}}]})",
+                   "POST /v1/chat/completions HTTP/1.1"},
+        EngineCase{"grok", "zv.endpoint.Grok", R"({"choices":[{"message":{"content":"Hallo"}}]})",
+                   "POST /v1/chat/completions HTTP/1.1"},
+        EngineCase{"gemini", "zv.endpoint.Gemini",
+                   R"({"candidates":[{"content":{"parts":[{"text":"Hallo"}]}}]})",
+                   "POST /v1beta/models/gemini-2.0-flash:generateContent?key=command-key HTTP/1.1"},
+        EngineCase{"claude", "zv.endpoint.Claude",
+                   R"({"content":[{"type":"text","text":"Hallo"}]})", "POST /v1/messages HTTP/1.1"},
+        EngineCase{"deepl", "zv.endpoint.DeepL", R"({"translations":[{"text":"Hallo"}]})",
+                   "POST /v2/translate HTTP/1.1"}),
+    [](const auto& info) { return info.param.name; });
+
+/// What a proxy is asked for by a translation with a key in its address.
+class ProxyCommand : public Commands
+{
+protected:
+    Ended translateThrough(const QByteArray& account)
+    {
+        const QByteArray proxyUrl =
+            "http://" + account + "127.0.0.1:" + QByteArray::number(provider.port());
+        environment.insert(QStringLiteral("https_proxy"), QString::fromLatin1(proxyUrl));
+        run({"defaults", "write", "zv.endpoint.Gemini", "https://provider.invalid"});
+        return run({"translate", "--to", "German", "--engine", "gemini", "--trace", "hello"});
+    }
+
+    void expectNoKeyBut(const char* proxyAuthorization) const
+    {
+        ASSERT_FALSE(provider.requests().empty());
+        EXPECT_EQ(provider.requests().back().header("Proxy-Authorization"), proxyAuthorization);
+        for (const RecordedRequest& request : provider.requests()) {
+            EXPECT_EQ(request.requestLine, "CONNECT provider.invalid:443 HTTP/1.1");
+            EXPECT_EQ(request.body, "");
+            for (const auto& [name, value] : request.headers) {
+                EXPECT_FALSE(value.contains("command-key")) << name.toStdString();
+            }
+        }
+    }
+};
+
+TEST_F(ProxyCommand, theSystemsProxyIsUsed)
+{
+    provider.setHandler([](const RecordedRequest&) {
+        return Answer().send(httpMessage(403, "no command-key here")).close();
+    });
+    const Ended ended = translateThrough("");
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, StartsWith("zelvane-desk: "));
+    EXPECT_THAT(ended.errors, Not(HasSubstr("command-key")));
+    expectNoKeyBut(nullptr);
+}
+
+TEST_F(ProxyCommand, theSystemsProxyGetsItsOwnPassword)
+{
+    provider.setHandler([](const RecordedRequest& request) {
+        const bool known = request.header("Proxy-Authorization") == "Basic bWU6c2VzYW1l";
+        return known ? Answer().send(httpMessage(503, "")).close()
+                     : Answer()
+                           .send(httpMessage(407, "",
+                                             {{"Proxy-Authenticate", "Basic realm=\"p\""},
+                                              {"Proxy-Connection", "close"}}))
+                           .close();
+    });
+    const Ended ended = translateThrough("me:sesame@");
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, Not(HasSubstr("sesame")));
+    expectNoKeyBut("Basic bWU6c2VzYW1l");
+}
+
+TEST_F(ProxyCommand, aProxyThatWantsAPasswordIsNotToldTheKey)
+{
+    provider.setHandler([](const RecordedRequest&) {
+        return Answer()
+            .send(httpMessage(407, "", {{"Proxy-Authenticate", "Basic realm=\"p\""}}))
+            .close();
+    });
+    const Ended ended = translateThrough("");
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors,
+                StartsWith("zelvane-desk: The proxy server does not connect to provider.invalid."));
+    expectNoKeyBut(nullptr);
+}
+
+TEST_F(Commands, modelsPrintsWhatTheEngineOffers)
+{
+    run({"defaults", "write", "zv.endpoint.Gemini",
+         provider.url().toString().toUtf8().constData()});
+    const Answer listing = Answer::json(
+        200, R"({"models":[{"name":"models/gemini-b","displayName":"B",)"
+             R"("supportedGenerationMethods":["generateContent"]},{"name":"models/gemini-a",)"
+             R"("supportedGenerationMethods":["generateContent"]}]})");
+    provider.enqueue(listing);
+    provider.enqueue(listing);
+    const Ended lines = run({"models", "--engine", "gemini"});
+    EXPECT_EQ(lines.status, 0);
+    EXPECT_EQ(lines.output, "gemini-a\ngemini-b\n");
+    EXPECT_EQ(lines.errors, "");
+    EXPECT_EQ(provider.requests().front().requestLine,
+              "GET /v1beta/models?key=command-key HTTP/1.1");
+    EXPECT_EQ(run({"models", "--engine=gemini", "--json"}).output,
+              R"({"engine":"Gemini","models":[{"apiID":"gemini-a","label":"gemini-a"},)"
+              R"({"apiID":"gemini-b","label":"B"}]})"
+              "\n");
+}
+
+TEST_F(Commands, modelsAsksTheEngineOfTheSettingsUnlessToldOtherwise)
+{
+    provider.enqueue(Answer::json(200, R"({"data":[{"id":"mistral-a"}]})"));
+    EXPECT_EQ(run({"models"}).output, "mistral-a\n");
+    EXPECT_EQ(provider.requests().front().header("Authorization"), "Bearer command-key");
+    EXPECT_EQ(run({"models", "--engine", "DeepL"}).output, "");
+}
+
+TEST_F(Commands, modelsFailsInWords)
+{
+    provider.enqueue(Answer::json(401, R"({"message":"Unauthorized"})"));
+    const Ended refused = run({"models"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.errors, "zelvane-desk: API error 401: {\"message\":\"Unauthorized\"}\n");
+    const Ended misused = run({"models", "--engine", "Oracle"});
+    EXPECT_EQ(misused.status, 2);
+    EXPECT_EQ(misused.errors,
+              "zelvane-desk: there is no engine \"Oracle\" (see zelvane-desk help models)\n");
+    EXPECT_THAT(run({"models", "--help"}).output, StartsWith("Usage: zelvane-desk "));
+}
+
+TEST_F(Commands, controlCEndsAListing)
+{
+    provider.enqueue(Answer().hold());
+    const auto process = start({"models"});
+    ASSERT_TRUE(waitUntil([&] { return provider.heldAnswers() == 1; }));
+    ::kill(pid_t(process->processId()), SIGINT);
+    EXPECT_EQ(end(*process).status, 130);
+    EXPECT_TRUE(waitUntil([&] { return provider.openConnections() == 0; }));
 }
 
 TEST_F(Commands, aFailedTranslationIsStatusOne)

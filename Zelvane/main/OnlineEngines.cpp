@@ -1,0 +1,28 @@
+#include "main/OnlineEngines.h"
+
+#include <QNetworkProxyFactory>
+
+namespace zelvane {
+
+OnlineEngines::OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace)
+    : m_transport(clock)
+    , m_chat(m_transport, trace)
+    , m_gemini(m_transport, defaults)
+    , m_claude(m_transport, defaults)
+    , m_deepL(m_transport, defaults)
+    , m_models(m_transport, defaults, nullptr)
+{
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+}
+
+TranslationDispatch::Engines OnlineEngines::forDispatch()
+{
+    return {&m_chat,
+            nullptr,
+            {{AIProvider::gemini, &m_gemini},
+             {AIProvider::claude, &m_claude},
+             {AIProvider::deepL, &m_deepL}},
+            nullptr};
+}
+
+} // namespace zelvane

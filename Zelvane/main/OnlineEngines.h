@@ -1,0 +1,33 @@
+#pragma once
+
+#include "online/AnthropicClient.h"
+#include "online/ChatCompletionsClient.h"
+#include "online/DeepLClient.h"
+#include "online/GeminiClient.h"
+#include "online/NetworkHttpTransport.h"
+#include "online/RemoteModels.h"
+#include "pipeline/TranslationDispatch.h"
+
+namespace zelvane {
+
+/// The engines that are reached over the network, and the connections that they share.
+class OnlineEngines
+{
+public:
+    /// All must outlive this object. From now on the process uses the proxies of the system.
+    OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace);
+
+    /// What a dispatch needs of them. They stay owned by this object.
+    [[nodiscard]] TranslationDispatch::Engines forDispatch();
+    [[nodiscard]] RemoteModels& models() { return m_models; }
+
+private:
+    NetworkHttpTransport m_transport;
+    ChatCompletionsClient m_chat;
+    GeminiClient m_gemini;
+    AnthropicClient m_claude;
+    DeepLClient m_deepL;
+    RemoteModels m_models;
+};
+
+} // namespace zelvane
