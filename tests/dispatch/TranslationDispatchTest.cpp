@@ -1,5 +1,8 @@
 #include "pipeline/TranslationDispatch.h"
 
+#include "online/AnthropicClient.h"
+#include "online/DeepLClient.h"
+#include "online/GeminiClient.h"
 #include "pipeline/TranslationError.h"
 #include "support/Await.h"
 #include "support/FakeHttpTransport.h"
@@ -320,6 +323,41 @@ TEST_F(Dispatch, theTraceGetsTheRequestsFacts)
                                                "target: German\n")));
     EXPECT_TRUE(
         report.contains(QStringLiteral("  request ready · Mistral / mistral-small-latest\n")));
+}
+
+TEST_F(Dispatch, enginesWithAProtocolOfTheirOwnAddNothingToTheTrace)
+{
+    GeminiClient ownGemini(transport, defaults);
+    AnthropicClient ownClaude(transport, defaults);
+    DeepLClient ownDeepL(transport, defaults);
+    TranslationDispatch own(settings, defaults, trace,
+                            {&chat,
+                             nullptr,
+                             {{AIProvider::gemini, &ownGemini},
+                              {AIProvider::claude, &ownClaude},
+                              {AIProvider::deepL, &ownDeepL}},
+                             nullptr});
+    const QList<std::pair<AIProvider, QByteArray>> answers{
+        {AIProvider::gemini, R"({"candidates":[{"content":{"parts":[{"text":"Hallo"}]}}]})"},
+        {AIProvider::claude, R"({"content":[{"type":"text","text":"Hallo"}]})"},
+        {AIProvider::deepL, R"({"translations":[{"text":"Hallo"}]})"}};
+    for (const auto& [provider, answer] : answers) {
+        use(provider);
+        trace.begin({});
+        transport.answer(200, answer);
+        EXPECT_EQ(await(own.runRequest(request(), {})), QStringLiteral("Hallo"));
+        const QString name = rawValue(provider) + QStringLiteral(" / ") + defaultModel(provider);
+        EXPECT_EQ(trace.report().section(u'\n', 2, 10),
+                  QStringLiteral("model: %1\n"
+                                 "provider: %2\n"
+                                 "source: Any Language\n"
+                                 "target: German\n"
+                                 "\n"
+                                 "timeline (ms from start):\n"
+                                 "       0  start\n"
+                                 "       0  request ready · %3\n")
+                      .arg(defaultModel(provider), rawValue(provider), name));
+    }
 }
 
 TEST_F(Dispatch, theHostedServiceIsSentItsConfigurationsModelAndNoKey)
