@@ -1,6 +1,7 @@
 #include "cli/ModelsCommand.h"
 
 #include "cli/EngineChoice.h"
+#include "cli/EngineFailure.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -70,9 +71,9 @@ QCoro::Task<ExitStatus> runModelsCommand(ModelsOptions options, const AppSetting
                                          RemoteModels& models, CommandStreams streams,
                                          std::stop_token stop)
 {
+    const AIProvider provider = settings.provider();
     ExitStatus status = ExitStatus::failure;
     try {
-        const AIProvider provider = settings.provider();
         const QList<RemoteModel> found =
             co_await models.fetchRemoteModels(provider, settings.apiKey(), stop);
         if (options.json) {
@@ -84,7 +85,7 @@ QCoro::Task<ExitStatus> runModelsCommand(ModelsOptions options, const AppSetting
     } catch (const CancellationError&) {
         status = ExitStatus::interrupted;
     } catch (...) {
-        streams.complain(describe(std::current_exception()));
+        streams.complain(complaintAbout(std::current_exception(), provider));
     }
     co_return status;
 }

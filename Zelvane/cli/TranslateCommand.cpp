@@ -1,9 +1,9 @@
 #include "cli/TranslateCommand.h"
 
 #include "cli/EngineChoice.h"
+#include "cli/EngineFailure.h"
 #include "foundation/Text.h"
 #include "pipeline/Prompts.h"
-#include "pipeline/TranslationError.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -50,31 +50,6 @@ bool storeFlag(TranslateOptions& options, const QString& argument)
         return false;
     }
     return true;
-}
-
-/// The failure for one who works in a terminal, where there is no selection and no settings window.
-QString complaintAbout(const std::exception_ptr& error, AIProvider engine)
-{
-    try {
-        std::rethrow_exception(error);
-    } catch (const TranslationError& failure) {
-        switch (failure.code()) {
-        case TranslationError::Code::emptyText:
-            return QStringLiteral("there is no text to translate");
-        case TranslationError::Code::missingAPIKey:
-            return QStringLiteral("there is no key for %1; set ZELVANE_API_KEY, or store one in "
-                                  "the keyring")
-                .arg(displayName(engine));
-        case TranslationError::Code::offlineEngineMissing:
-            return QStringLiteral("the engine %1 is not installed; choose another one with "
-                                  "--engine NAME")
-                .arg(displayName(engine));
-        default:
-            return failure.description();
-        }
-    } catch (...) {
-        return describe(std::current_exception());
-    }
 }
 
 QString asJson(const QJsonObject& object)

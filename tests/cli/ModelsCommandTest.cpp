@@ -126,7 +126,8 @@ TEST_F(ModelsRun, aMissingKeyIsAFailure)
 {
     key.clear();
     EXPECT_EQ(run(AIProvider::gemini), ExitStatus::failure);
-    EXPECT_EQ(error.data(), "zelvane-desk: API key is not set. Open Settings and add your key.\n");
+    EXPECT_EQ(error.data(), "zelvane-desk: there is no key for Gemini; set ZELVANE_API_KEY, or "
+                            "store one in the keyring\n");
     EXPECT_TRUE(transport.requests().empty());
 }
 
