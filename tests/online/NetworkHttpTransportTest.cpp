@@ -3,13 +3,13 @@
 #include "foundation/SystemClock.h"
 #include "support/Await.h"
 #include "support/LoopbackHttpServer.h"
+#include "support/TrustLoopbackServer.h"
 #include "support/VirtualClock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QNetworkProxyFactory>
-#include <QSslCertificate>
 #include <QSslConfiguration>
 
 namespace zelvane::test {
@@ -702,23 +702,6 @@ TEST_F(NetworkTransport, usesTheProxyForOtherHostsButNeverForThisMachine)
 }
 
 // TLS
-
-/// Makes the process trust the loopback server's certificate while it lives.
-class TrustLoopbackServer
-{
-public:
-    TrustLoopbackServer()
-    {
-        QSslConfiguration trusting = m_before;
-        trusting.setCaCertificates({QSslCertificate(LoopbackHttpServer::certificate())});
-        QSslConfiguration::setDefaultConfiguration(trusting);
-    }
-    ~TrustLoopbackServer() { QSslConfiguration::setDefaultConfiguration(m_before); }
-    Q_DISABLE_COPY_MOVE(TrustLoopbackServer)
-
-private:
-    QSslConfiguration m_before = QSslConfiguration::defaultConfiguration();
-};
 
 class TlsTransport : public NetworkTransport
 {

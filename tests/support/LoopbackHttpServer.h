@@ -82,7 +82,7 @@ class LoopbackHttpServer final : public QObject
 public:
     enum class Security {
         plain,
-        selfSigned, ///< TLS with `certificate()`, which is for localhost
+        selfSigned, ///< TLS with `certificate()`, for localhost and provider.invalid
     };
 
     /// Listens at once. `port` 0 takes a free one; check `isListening` for any other.
