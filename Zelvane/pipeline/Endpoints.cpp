@@ -13,6 +13,8 @@ namespace {
 QString publicBase(AIProvider provider)
 {
     switch (provider) {
+    case AIProvider::zelvane:
+        return QStringLiteral("https://api.zelvane.org");
     case AIProvider::chatGPT:
         return QStringLiteral("https://api.openai.com");
     case AIProvider::gemini:
@@ -25,7 +27,6 @@ QString publicBase(AIProvider provider)
         return QStringLiteral("https://api.mistral.ai");
     case AIProvider::grok:
         return QStringLiteral("https://api.x.ai");
-    case AIProvider::zelvane:
     case AIProvider::deepL:
     case AIProvider::smartOffline:
     case AIProvider::balancedOffline:
@@ -67,6 +68,17 @@ QString urlAt(const QString& standardBase, AIProvider provider, const QString& p
     return base.isEmpty() ? QString() : base + path;
 }
 
+QString withoutOuterSlashes(QStringView text)
+{
+    while (text.startsWith(u'/')) {
+        text = text.sliced(1);
+    }
+    while (text.endsWith(u'/')) {
+        text.chop(1);
+    }
+    return text.toString();
+}
+
 } // namespace
 
 QString endpointUrl(AIProvider provider, const QString& path, const UserDefaults& defaults)
@@ -77,6 +89,17 @@ QString endpointUrl(AIProvider provider, const QString& path, const UserDefaults
 QString deepLEndpointUrl(DeepLPlan plan, const QString& path, const UserDefaults& defaults)
 {
     return urlAt(publicBase(plan), AIProvider::deepL, path, defaults);
+}
+
+QString hostedServiceUrl(const QString& workerUrl, const QString& path,
+                         const UserDefaults& defaults)
+{
+    const QString own = withoutOuterSlashes(text::trimmed(workerUrl));
+    if (own.isEmpty()) {
+        return endpointUrl(AIProvider::zelvane, path, defaults);
+    }
+    const QString base = checkedBase(own);
+    return base.isEmpty() ? QString() : base + path;
 }
 
 } // namespace zelvane

@@ -27,4 +27,10 @@ enum class DeepLPlan { free, paid };
 [[nodiscard]] QString deepLEndpointUrl(DeepLPlan plan, const QString& path,
                                        const UserDefaults& defaults);
 
+/// The address of the hosted service's operation. `workerUrl` is the user's setting: without white
+/// space and then slashes at its ends it is the base, under the same rules as above; if nothing is
+/// left, `endpointUrl` has the address.
+[[nodiscard]] QString hostedServiceUrl(const QString& workerUrl, const QString& path,
+                                       const UserDefaults& defaults);
+
 } // namespace zelvane

@@ -14,7 +14,12 @@ namespace zelvane {
 struct ZelvaneClientConfig
 {
     QString model;
-    int version = 0;
+    /// 0 for what is built in.
+    qint64 version = 0;
+    /// The name of the model's provider.
+    QString provider;
+
+    friend bool operator==(const ZelvaneClientConfig&, const ZelvaneClientConfig&) = default;
 };
 
 /// The hosted service, as the dispatch needs it. Main thread.
@@ -28,7 +33,9 @@ public:
     /// The configuration at hand, without any wait.
     [[nodiscard]] virtual ZelvaneClientConfig currentConfig() const = 0;
     /// The configuration, fetched first if there is none. Throws what the client fails with.
-    [[nodiscard]] virtual QCoro::Task<ZelvaneClientConfig> loadConfig(std::stop_token stop) = 0;
+    /// `workerUrl` is the setting, which may be empty.
+    [[nodiscard]] virtual QCoro::Task<ZelvaneClientConfig> loadConfig(QString workerUrl,
+                                                                      std::stop_token stop) = 0;
     [[nodiscard]] virtual QCoro::Task<QString>
     translateHosted(TranslationRequest request, QString workerUrl, std::stop_token stop) = 0;
 };

@@ -112,7 +112,8 @@ QCoro::Task<QString> TranslationDispatch::runRequest(TranslationRequest request,
 QCoro::Task<QString> TranslationDispatch::runHosted(TranslationRequest request,
                                                     std::stop_token stop)
 {
-    const ZelvaneClientConfig config = co_await hostedEngine().loadConfig(stop);
+    const QString workerUrl = m_settings.cloudflareWorkerURL();
+    const ZelvaneClientConfig config = co_await hostedEngine().loadConfig(workerUrl, stop);
     if (!config.model.isEmpty()) {
         request.model = config.model;
     }

@@ -86,17 +86,19 @@ QString EngineUnavailableError::description() const
         {m_engineName});
 }
 
+QString shownBody(const QByteArray& body, qsizetype characters)
+{
+    const QString text = decodedBody(body);
+    const QString shown = text::firstCharacters(text, characters);
+    return shown.size() < text.size() ? shown + u'…' : shown;
+}
+
 void validateHTTPResponse(int status, const QByteArray& body)
 {
     if (status >= 200 && status <= 299) {
         return;
     }
-    const QString text = decodedBody(body);
-    QString shown = text::firstCharacters(text, shownBodyCharacters);
-    if (shown.size() < text.size()) {
-        shown += u'…';
-    }
-    throw TranslationError::http(status, shown);
+    throw TranslationError::http(status, shownBody(body, shownBodyCharacters));
 }
 
 } // namespace zelvane

@@ -59,8 +59,12 @@ private:
     QString m_engineName;
 };
 
-/// Throws `TranslationError::http` unless `status` is in 200 to 299. The body is cut to 400
-/// user-perceived characters and "…"; one that isn't UTF-8 counts as empty.
+/// The body of a refusal as it is to be shown: its first `characters` user-perceived characters,
+/// and "…" if there are more. One that isn't UTF-8 counts as empty.
+[[nodiscard]] QString shownBody(const QByteArray& body, qsizetype characters);
+
+/// Throws `TranslationError::http` unless `status` is in 200 to 299. Of the body 400
+/// user-perceived characters are shown.
 void validateHTTPResponse(int status, const QByteArray& body);
 
 } // namespace zelvane

@@ -13,12 +13,6 @@ QString presenceKey(const QString& account)
     return QStringLiteral("zv.keychain.has.") + account;
 }
 
-/// Whether a read of `account` may find something.
-bool isPresent(const UserDefaults& defaults, const QString& account)
-{
-    return defaults.boolean(presenceKey(account)).value_or(false);
-}
-
 void setPresent(UserDefaults& defaults, const QString& account)
 {
     defaults.setValue(presenceKey(account), true);
@@ -42,9 +36,14 @@ SecretStore::SecretStore(UserDefaults& defaults, SecretBackend& backend)
 {
 }
 
+bool SecretStore::mayHold(const QString& account) const
+{
+    return m_defaults.boolean(presenceKey(account)).value_or(false);
+}
+
 std::optional<QString> SecretStore::read(const QString& account)
 {
-    if (!isPresent(m_defaults, account)) {
+    if (!mayHold(account)) {
         return std::nullopt;
     }
     const SecretBackend::Found found = m_backend.find(account);
@@ -66,7 +65,7 @@ std::optional<QString> SecretStore::read(const QString& account)
 bool SecretStore::write(const QString& value, const QString& account)
 {
     if (value.isEmpty()) {
-        if (isPresent(m_defaults, account)) {
+        if (mayHold(account)) {
             m_backend.remove(account);
             m_defaults.remove(presenceKey(account));
         }

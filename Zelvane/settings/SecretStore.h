@@ -16,6 +16,9 @@ public:
     /// Both must outlive this object.
     SecretStore(UserDefaults& defaults, SecretBackend& backend);
 
+    /// Whether a secret was stored, as far as is known without asking the platform's store.
+    [[nodiscard]] bool mayHold(const QString& account) const;
+
     /// The secret, or none if there is none, the store refuses, or it isn't UTF-8.
     [[nodiscard]] std::optional<QString> read(const QString& account);
 

@@ -50,8 +50,10 @@ class FakeHosted final : public HostedEngine
 {
 public:
     [[nodiscard]] ZelvaneClientConfig currentConfig() const override { return current; }
-    [[nodiscard]] QCoro::Task<ZelvaneClientConfig> loadConfig(std::stop_token) override
+    [[nodiscard]] QCoro::Task<ZelvaneClientConfig> loadConfig(QString workerUrl,
+                                                              std::stop_token) override
     {
+        workerUrls << workerUrl;
         if (failure) {
             std::rethrow_exception(failure);
         }
@@ -222,7 +224,7 @@ TEST_F(Dispatch, theHostedModelIsTheConfigurationsElseTheDefault)
 {
     use(AIProvider::zelvane);
     settings.setModel(QStringLiteral("ignored"));
-    hosted.current = {QStringLiteral("hosted-model"), 3};
+    hosted.current = {QStringLiteral("hosted-model"), 3, {}};
     EXPECT_EQ(request().model, QStringLiteral("hosted-model"));
     hosted.current = {};
     EXPECT_EQ(request().model, QStringLiteral("gemini-3.1-flash-lite"));
@@ -364,12 +366,13 @@ TEST_F(Dispatch, theHostedServiceIsSentItsConfigurationsModelAndNoKey)
 {
     use(AIProvider::zelvane);
     settings.setCloudflareWorkerURL(QStringLiteral("https://worker.example.org"));
-    hosted.loaded = {QStringLiteral("hosted-2"), 7};
+    hosted.loaded = {QStringLiteral("hosted-2"), 7, {}};
     EXPECT_EQ(run(), QStringLiteral("hosted"));
     ASSERT_EQ(hosted.requests.size(), 1);
     EXPECT_EQ(hosted.requests.first().model, QStringLiteral("hosted-2"));
     EXPECT_EQ(hosted.requests.first().apiKey, QString());
-    EXPECT_THAT(hosted.workerUrls, ElementsAre(QStringLiteral("https://worker.example.org")));
+    EXPECT_THAT(hosted.workerUrls, ElementsAre(QStringLiteral("https://worker.example.org"),
+                                               QStringLiteral("https://worker.example.org")));
     EXPECT_TRUE(
         trace.report().contains(QStringLiteral("  cloudflare config · v7 · hosted-2 · proxy")));
     EXPECT_TRUE(trace.report().contains(QStringLiteral("\nmodel: hosted-2\n")));
@@ -378,8 +381,8 @@ TEST_F(Dispatch, theHostedServiceIsSentItsConfigurationsModelAndNoKey)
 TEST_F(Dispatch, anEmptyHostedModelLeavesTheRequests)
 {
     use(AIProvider::zelvane);
-    hosted.current = {QStringLiteral("cached"), 1};
-    hosted.loaded = {QString(), 2};
+    hosted.current = {QStringLiteral("cached"), 1, {}};
+    hosted.loaded = {QString(), 2, {}};
     run();
     EXPECT_EQ(hosted.requests.first().model, QStringLiteral("cached"));
 }

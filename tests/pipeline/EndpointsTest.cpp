@@ -33,8 +33,8 @@ INSTANTIATE_TEST_SUITE_P(
                       PublicHost{AIProvider::deepSeek, "https://api.deepseek.com/path?q=%20"},
                       PublicHost{AIProvider::mistral, "https://api.mistral.ai/path?q=%20"},
                       PublicHost{AIProvider::grok, "https://api.x.ai/path?q=%20"},
-                      PublicHost{AIProvider::zelvane, ""}, PublicHost{AIProvider::deepL, ""},
-                      PublicHost{AIProvider::smartOffline, ""},
+                      PublicHost{AIProvider::zelvane, "https://api.zelvane.org/path?q=%20"},
+                      PublicHost{AIProvider::deepL, ""}, PublicHost{AIProvider::smartOffline, ""},
                       PublicHost{AIProvider::balancedOffline, ""},
                       PublicHost{AIProvider::fastOffline, ""}),
     [](const auto& info) { return "provider" + std::to_string(int(info.param.provider)); });
@@ -134,6 +134,52 @@ TEST(Endpoints, anOwnAddressTakesThePlaceOfBothHostsOfDeepL)
     defaults.setValue(QStringLiteral("zv.endpoint.DeepL"), QStringLiteral("http://192.168.0.2"));
     EXPECT_EQ(deepLEndpointUrl(DeepLPlan::paid, QStringLiteral("/v2/translate"), defaults),
               QString());
+}
+
+class WorkerAddress : public ::testing::TestWithParam<OwnBase>
+{
+};
+
+TEST_P(WorkerAddress, isTheSettingIfItIsUsable)
+{
+    const OverlayUserDefaults defaults;
+    EXPECT_EQ(hostedServiceUrl(QString::fromUtf8(GetParam().base), QStringLiteral("/v1/translate"),
+                               defaults),
+              QString::fromUtf8(GetParam().url));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Endpoints, WorkerAddress,
+    ::testing::Values(
+        OwnBase{"host", "https://worker.example", "https://worker.example/v1/translate"},
+        OwnBase{"blanksAndASlash", " https://worker.example/ ",
+                "https://worker.example/v1/translate"},
+        OwnBase{"newlinesAndSlashes", "\n\thttps://worker.example//\n",
+                "https://worker.example/v1/translate"},
+        OwnBase{"slashesBefore", "//https://worker.example", "https://worker.example/v1/translate"},
+        OwnBase{"path", "https://worker.example/zelvane/",
+                "https://worker.example/zelvane/v1/translate"},
+        OwnBase{"loopback", "http://127.0.0.1:8787", "http://127.0.0.1:8787/v1/translate"},
+        OwnBase{"empty", "", "https://api.zelvane.org/v1/translate"},
+        OwnBase{"blank", " \n ", "https://api.zelvane.org/v1/translate"},
+        OwnBase{"loneSlash", "/", "https://api.zelvane.org/v1/translate"},
+        OwnBase{"blanksAndSlashes", " /// ", "https://api.zelvane.org/v1/translate"},
+        OwnBase{"noScheme", "worker.example", ""},
+        OwnBase{"plainHttp", "http://worker.example", ""},
+        OwnBase{"blanksWithin", "/ https://worker.example /", ""},
+        OwnBase{"noUrl", "not a url", ""}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(Endpoints, theHostedServicesPublicHostCanBeReplacedAsAnyOther)
+{
+    OverlayUserDefaults defaults;
+    defaults.setValue(QStringLiteral("zv.endpoint.Zelvane"), QStringLiteral("http://localhost:1"));
+    const auto url = [&](const QString& setting) {
+        return hostedServiceUrl(setting, QStringLiteral("/v1/quota"), defaults);
+    };
+    EXPECT_EQ(url(QString()), QStringLiteral("http://localhost:1/v1/quota"));
+    EXPECT_EQ(url(QStringLiteral("https://worker.example")),
+              QStringLiteral("https://worker.example/v1/quota"));
 }
 
 TEST(Loopback, isThisMachineUnderEachOfItsNames)
