@@ -3,6 +3,7 @@
 
 #include "end_to_end/ZelvaneSession.h"
 #include "support/Await.h"
+#include "support/PrivateKeyring.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -217,6 +218,33 @@ TEST(EndToEnd, modifiersThatAreStillHeldDownDisturbNothing)
     session.key("ctrl+End");
     session.key("x");
     EXPECT_EQ(session.editorText(), "Hallo Weltx");
+}
+
+TEST(EndToEnd, takesTheKeyFromTheKeyring)
+{
+    PrivateKeyring keyring;
+    ASSERT_TRUE(keyring.start(PrivateKeyring::State::unlocked));
+    QProcess probe;
+    probe.setProcessEnvironment(keyring.environment());
+    probe.start(QStringLiteral(ZELVANE_SECRET_PROBE), QStringList());
+    probe.write("add zv.apiKey.Mistral key-from-the-keyring\n");
+    probe.closeWriteChannel();
+    ASSERT_TRUE(probe.waitForFinished(5000));
+    ASSERT_EQ(probe.readAllStandardOutput().trimmed(), "success");
+
+    ZelvaneSession session(DesktopSession::Options{});
+    session.desktop.setVariable(
+        QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+        keyring.environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")));
+    session.desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QString());
+    session.setDefault(QStringLiteral("zv.keychain.has.zv.apiKey.Mistral"), true);
+    session.start();
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    session.waitForReport();
+    ASSERT_EQ(session.provider.requests().size(), 1u);
+    EXPECT_EQ(session.provider.requests().front().header("Authorization"),
+              "Bearer key-from-the-keyring");
 }
 
 TEST(EndToEnd, worksWithoutAnAccessibilityBus)

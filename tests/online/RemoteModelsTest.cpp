@@ -50,9 +50,9 @@ class FakeHosted final : public HostedEngine
 public:
     [[nodiscard]] ZelvaneClientConfig currentConfig() const override
     {
-        return {QStringLiteral("hosted-model"), 3};
+        return {QStringLiteral("hosted-model"), 3, QString()};
     }
-    [[nodiscard]] QCoro::Task<ZelvaneClientConfig> loadConfig(std::stop_token) override
+    [[nodiscard]] QCoro::Task<ZelvaneClientConfig> loadConfig(QString, std::stop_token) override
     {
         throw std::logic_error("nobody asked to load");
     }
