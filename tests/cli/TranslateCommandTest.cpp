@@ -178,6 +178,15 @@ TEST_F(TranslateRun, aFailureIsASentenceOnStandardErrorAndStatusOne)
     EXPECT_EQ(error.data(), "zelvane-desk: API error 500: down\n");
 }
 
+TEST_F(TranslateRun, anInterruptedOneSaysNothingAndHasAStatusOfItsOwn)
+{
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(int(run(*parsed({"--to", "German"}), stop.get_token())), 130);
+    EXPECT_EQ(output.data(), "");
+    EXPECT_EQ(error.data(), "");
+}
+
 TEST_F(TranslateRun, aMissingKeyIsAFailure)
 {
     settings.setApiKey(QString());

@@ -521,6 +521,16 @@ TEST_F(Controller, looksAtThePermissionWhenItComesToTheFront)
     EXPECT_EQ(model->accessibilityState(), State::denied);
 }
 
+TEST_F(Controller, aLostPermissionShowsInTheStatusOfTheMenu)
+{
+    settings.setOptionRightClickMenu(true);
+    launch();
+    optionMenu.error = QStringLiteral("Accessibility required");
+    platform.trusted = false;
+    clock.advance(3s);
+    EXPECT_EQ(model->status(), QStringLiteral("⌥\u2011menu: waiting for Accessibility…"));
+}
+
 TEST_F(Controller, anUnchangedPermissionDisturbsNothing)
 {
     launch();

@@ -378,6 +378,16 @@ TEST_F(Dispatch, theHostedServiceIsSentItsConfigurationsModelAndNoKey)
     EXPECT_TRUE(trace.report().contains(QStringLiteral("\nmodel: hosted-2\n")));
 }
 
+TEST_F(Dispatch, theHostedServiceNeverSeesAKeyThatARequestBrings)
+{
+    use(AIProvider::zelvane);
+    TranslationRequest withKey = request();
+    withKey.apiKey = QStringLiteral("another-engines-key");
+    await(dispatch.runRequest(withKey, {}));
+    ASSERT_EQ(hosted.requests.size(), 1);
+    EXPECT_EQ(hosted.requests.first().apiKey, QString());
+}
+
 TEST_F(Dispatch, anEmptyHostedModelLeavesTheRequests)
 {
     use(AIProvider::zelvane);
