@@ -186,26 +186,27 @@ TEST_F(Trace, doesNotTakeTheHttpEventsForTheEngines)
     EXPECT_EQ(ending(), endingWith("3", "0", "0", "3", appVerdict));
 }
 
+/// A clock with steps below a millisecond, and without timers.
+class FineClock final : public Clock
+{
+public:
+    [[nodiscard]] std::chrono::nanoseconds monotonicNow() const override { return now_; }
+    [[nodiscard]] QDateTime now() const override { return QDateTime::currentDateTimeUtc(); }
+    [[nodiscard]] std::unique_ptr<Timer> callLater(std::chrono::milliseconds,
+                                                   std::function<void()>) override
+    {
+        return nullptr;
+    }
+    [[nodiscard]] std::unique_ptr<Timer>
+    callEvery(std::chrono::milliseconds, std::chrono::milliseconds, std::function<void()>) override
+    {
+        return nullptr;
+    }
+    std::chrono::nanoseconds now_{0};
+};
+
 TEST_F(Trace, roundsHalvesUp)
 {
-    class FineClock final : public Clock
-    {
-    public:
-        [[nodiscard]] std::chrono::nanoseconds monotonicNow() const override { return now_; }
-        [[nodiscard]] QDateTime now() const override { return QDateTime::currentDateTimeUtc(); }
-        [[nodiscard]] std::unique_ptr<Timer> callLater(std::chrono::milliseconds,
-                                                       std::function<void()>) override
-        {
-            return nullptr;
-        }
-        [[nodiscard]] std::unique_ptr<Timer> callEvery(std::chrono::milliseconds,
-                                                       std::chrono::milliseconds,
-                                                       std::function<void()>) override
-        {
-            return nullptr;
-        }
-        std::chrono::nanoseconds now_{0};
-    };
     FineClock fine;
     TranslationTrace fineTrace(fine);
     fineTrace.begin({});
@@ -218,6 +219,24 @@ TEST_F(Trace, roundsHalvesUp)
                 ElementsAre(QStringLiteral("       0  start"), QStringLiteral("       0  x"),
                             QStringLiteral("       1  x"), QStringLiteral("       2  x"),
                             QStringLiteral("       2  x")));
+}
+
+TEST_F(Trace, roundsTheEnginesTimeByItself)
+{
+    FineClock fine;
+    TranslationTrace fineTrace(fine);
+    fineTrace.begin({});
+    for (const auto* label : {"API begin", "API end", "done"}) {
+        fine.now_ += 600us;
+        fineTrace.mark(QString::fromLatin1(label));
+    }
+    // At 0.6, 1.2 and 1.8 ms: the difference of the rounded times would be 0.
+    const QString report = fineTrace.report();
+    EXPECT_TRUE(report.contains(QStringLiteral("  app before API: 1 ms\n"
+                                               "  API / model: 1 ms\n"
+                                               "  app after API: 0 ms\n"
+                                               "  total: 2 ms\n")))
+        << report.toStdString();
 }
 
 TEST_F(Trace, blamesTheProviderFromThreeTimesTheAppsTime)
