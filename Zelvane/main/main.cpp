@@ -20,15 +20,24 @@ QStringList argumentsBehindTheName(int argc, char** argv)
     return arguments;
 }
 
-void print(FILE* stream, const QString& text)
+void print(const QString& text)
 {
-    std::fputs(text.toUtf8().constData(), stream);
+    std::fputs(text.toUtf8().constData(), stdout);
+}
+
+int misused(const QString& sentence)
+{
+    complain(sentence + QStringLiteral(" (see zelvane-desk --help)"));
+    return int(ExitStatus::wrongUsage);
 }
 
 int printHelp(const CommandLine& line)
 {
     const auto topic = parseCommandLine(line.arguments);
-    print(stdout, helpText(topic ? topic->command : CommandLine::Command::help));
+    if (!topic) {
+        return misused(topic.error());
+    }
+    print(helpText(topic->command));
     return int(ExitStatus::success);
 }
 
@@ -41,9 +50,7 @@ int main(int argc, char** argv)
     const QString key = takeKeyFromEnvironment();
     const auto line = parseCommandLine(argumentsBehindTheName(argc, argv));
     if (!line) {
-        print(stderr,
-              QStringLiteral("zelvane-desk: %1 (see zelvane-desk --help)\n").arg(line.error()));
-        return int(ExitStatus::wrongUsage);
+        return misused(line.error());
     }
     switch (line->command) {
     case CommandLine::Command::desktop:
@@ -55,7 +62,7 @@ int main(int argc, char** argv)
     case CommandLine::Command::help:
         return printHelp(*line);
     case CommandLine::Command::version:
-        print(stdout, QStringLiteral("zelvane-desk " ZELVANE_VERSION "\n"));
+        print(QStringLiteral("zelvane-desk " ZELVANE_VERSION "\n"));
         return int(ExitStatus::success);
     }
     Q_UNREACHABLE();

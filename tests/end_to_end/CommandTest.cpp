@@ -307,6 +307,13 @@ TEST_F(Commands, controlCEndsAListing)
     EXPECT_TRUE(waitUntil([&] { return provider.openConnections() == 0; }));
 }
 
+TEST_F(Commands, helpTellsAboutTheCommandItIsAskedFor)
+{
+    EXPECT_THAT(run({"help", "translate"}).output, HasSubstr("--prompt TEMPLATE"));
+    EXPECT_THAT(run({"help"}).output, HasSubstr("Commands:\n  translate"));
+    EXPECT_EQ(run({"help", "defaults"}).status, 0);
+}
+
 TEST_F(Commands, aFailedTranslationIsStatusOne)
 {
     provider.enqueue(Answer::json(429, R"({"message":"slow down"})"));
@@ -330,6 +337,7 @@ TEST_F(Commands, wrongUsageIsStatusTwo)
     EXPECT_EQ(run({"translate", "hello"}).status, 2);
     EXPECT_EQ(run({"defaults"}).status, 2);
     EXPECT_EQ(run({"nonsense"}).status, 2);
+    EXPECT_EQ(run({"help", "nonsense"}).status, 2);
     EXPECT_TRUE(provider.requests().empty());
 }
 
