@@ -438,6 +438,68 @@ TEST_F(AtSpiFocus, accessibilityIsSwitchedOnForTheSession)
     EXPECT_EQ(inspector().unavailable(), std::nullopt);
 }
 
+class AtSpiOddProgram : public AtSpiFocus
+{
+protected:
+    QProcess& startFake(const QString& kind)
+    {
+        QProcess& process = start(QStringLiteral("/usr/bin/python3"),
+                                  {QStringLiteral(ZELVANE_FAKE_ACCESSIBLE), kind});
+        if (!waitUntil([&] { return process.canReadLine(); })) {
+            throw std::runtime_error("the fake did not come up");
+        }
+        return process;
+    }
+
+    static void announceFocus(QProcess& fake)
+    {
+        fake.write("\n");
+        fake.waitForBytesWritten();
+    }
+};
+
+TEST_F(AtSpiOddProgram, theEntryInAPageOfAnotherProcessIsFound)
+{
+    startFake(QStringLiteral("embedded"));
+
+    EXPECT_EQ(inspectUntil(entry), entry);
+}
+
+TEST_F(AtSpiOddProgram, theEntryInAPageThatNoListNamesIsFoundOnceItIsAnnounced)
+{
+    inspector();
+    QProcess& fake = startFake(QStringLiteral("secluded"));
+    EXPECT_EQ(inspect(), std::nullopt);
+
+    announceFocus(fake);
+
+    EXPECT_EQ(inspectUntil(entry), entry);
+    EXPECT_EQ(inspect(), entry);
+}
+
+TEST_F(AtSpiOddProgram, objectsThatAreEachOthersChildrenEndInNone)
+{
+    inspector();
+    QProcess& fake = startFake(QStringLiteral("loop"));
+    announceFocus(fake);
+
+    const auto time = timeOf([&] { EXPECT_EQ(inspect(), std::nullopt); });
+
+    EXPECT_LT(time, 1s);
+}
+
+TEST_F(AtSpiOddProgram, referencesToNothingAndWrongTypesEndInNone)
+{
+    inspector();
+    QProcess& fake = startFake(QStringLiteral("garbage"));
+    EXPECT_EQ(inspect(), std::nullopt);
+
+    announceFocus(fake);
+    waitUntil([] { return false; }, 50ms);
+
+    EXPECT_EQ(inspect(), silentElement(QStringLiteral("AXGroup")));
+}
+
 /// Apart from the others, since it ends what they share.
 class AtSpiBus : public AtSpiFocus
 {

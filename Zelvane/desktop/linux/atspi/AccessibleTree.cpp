@@ -16,6 +16,12 @@ BusCall childrenOf(const BusObject& object)
     return {object, accessibleInterface, "GetChildren", "(a(so))", nullptr};
 }
 
+BusCall firstChildOf(const BusObject& object)
+{
+    return {object, accessibleInterface, "GetChildAtIndex", "((so))",
+            busArguments(g_variant_new("(i)", 0))};
+}
+
 BusCall statesOf(const BusObject& object)
 {
     return {object, accessibleInterface, "GetState", "(au)", nullptr};
@@ -24,6 +30,15 @@ BusCall statesOf(const BusObject& object)
 BusCall roleOf(const BusObject& object)
 {
     return {object, accessibleInterface, "GetRole", "(u)", nullptr};
+}
+
+std::vector<BusCall> callsFor(const std::vector<BusObject>& objects,
+                              BusCall (*callFor)(const BusObject&))
+{
+    std::vector<BusCall> calls;
+    calls.reserve(objects.size());
+    std::ranges::transform(objects, std::back_inserter(calls), callFor);
+    return calls;
 }
 
 GLibOwned<GVariant> member(GVariant& container, gsize index)
@@ -90,15 +105,36 @@ std::vector<BusObject> AccessibleTree::programs(Moment deadline)
 }
 
 std::vector<BusObject> AccessibleTree::children(const std::vector<BusObject>& objects,
-                                                Moment deadline)
+                                                Moment deadline, Embedded embedded)
 {
-    std::vector<BusCall> calls;
-    calls.reserve(objects.size());
-    std::ranges::transform(objects, std::back_inserter(calls), childrenOf);
+    const auto replies = m_bus.callAll(callsFor(objects, childrenOf), deadline);
     std::vector<BusObject> found;
-    for (const auto& reply : m_bus.callAll(calls, deadline)) {
-        if (reply) {
-            appendReferences(*reply, found);
+    std::vector<BusObject> childless;
+    for (std::size_t i = 0; i < replies.size(); ++i) {
+        const auto before = found.size();
+        if (replies[i]) {
+            appendReferences(*replies[i], found);
+        }
+        if (found.size() == before) {
+            childless.push_back(objects[i]);
+        }
+    }
+    if (embedded == Embedded::include) {
+        std::ranges::move(firstChildren(childless, deadline), std::back_inserter(found));
+    }
+    return found;
+}
+
+std::vector<BusObject> AccessibleTree::firstChildren(const std::vector<BusObject>& objects,
+                                                     Moment deadline)
+{
+    std::vector<BusObject> found;
+    for (const auto& reply : m_bus.callAll(callsFor(objects, firstChildOf), deadline)) {
+        if (!reply) {
+            continue;
+        }
+        if (auto child = readReference(*member(*reply, 0))) {
+            found.push_back(std::move(*child));
         }
     }
     return found;
@@ -123,12 +159,10 @@ std::optional<BusObject> AccessibleTree::parent(const BusObject& object, Moment 
 std::vector<AccessibleTree::Node> AccessibleTree::nodes(const std::vector<BusObject>& objects,
                                                         Moment deadline, std::uint64_t enough)
 {
-    std::vector<BusCall> calls;
-    calls.reserve(objects.size());
-    std::ranges::transform(objects, std::back_inserter(calls), statesOf);
-    const auto replies = m_bus.callAll(calls, deadline, [enough](GVariant& reply) {
-        return enough != 0 && (readStates(reply) & enough) == enough;
-    });
+    const auto replies =
+        m_bus.callAll(callsFor(objects, statesOf), deadline, [enough](GVariant& reply) {
+            return enough != 0 && (readStates(reply) & enough) == enough;
+        });
     std::vector<Node> found;
     for (std::size_t i = 0; i < replies.size(); ++i) {
         if (replies[i]) {

@@ -31,9 +31,17 @@ public:
     /// The root of the program that owns `object`.
     [[nodiscard]] static BusObject rootOf(const BusObject& object);
 
-    /// The children of all objects, in one row, without those who didn't answer.
+    /// Whether to ask twice for the one child that programs of GTK leave out of the list: the view
+    /// of another process in theirs.
+    enum class Embedded {
+        skip,
+        include,
+    };
+
+    /// The children of all objects, in one row, without those of objects that didn't answer.
     [[nodiscard]] std::vector<BusObject> children(const std::vector<BusObject>& objects,
-                                                  Moment deadline);
+                                                  Moment deadline,
+                                                  Embedded embedded = Embedded::skip);
     [[nodiscard]] std::optional<BusObject> parent(const BusObject& object, Moment deadline);
 
     /// The objects that tell their states. Doesn't wait for the rest once one has them all of
@@ -51,6 +59,9 @@ public:
     [[nodiscard]] std::optional<Description> describe(const BusObject& object, Moment deadline);
 
 private:
+    [[nodiscard]] std::vector<BusObject> firstChildren(const std::vector<BusObject>& objects,
+                                                       Moment deadline);
+
     BusConnection& m_bus;
 };
 

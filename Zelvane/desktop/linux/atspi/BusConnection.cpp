@@ -24,7 +24,14 @@ void finishOpening(GObject*, GAsyncResult* result, gpointer data)
     (*opening)->ended = true;
 }
 
-struct Batch
+/// What a program is asked can't be taken back: one that is slow must not find thousands of
+/// questions when nobody waits for the answers any more.
+constexpr std::size_t mostOutstanding = 64;
+
+} // namespace
+
+/// What `callAll` and the answers to its calls share; the answers may come after it.
+struct BusConnection::Batch
 {
     std::vector<GLibOwned<GVariant>> replies;
     std::size_t outstanding = 0;
@@ -32,24 +39,13 @@ struct Batch
     std::function<bool(GVariant&)> isEnough;
 };
 
-struct PendingCall
+struct BusConnection::PendingCall
 {
     std::shared_ptr<Batch> batch;
     std::size_t index;
 };
 
-void finishCall(GObject* source, GAsyncResult* result, gpointer data)
-{
-    const std::unique_ptr<PendingCall> pending(static_cast<PendingCall*>(data));
-    Batch& batch = *pending->batch;
-    --batch.outstanding;
-    GLibOwned<GVariant> reply(
-        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
-    if (reply && batch.isEnough && batch.isEnough(*reply)) {
-        batch.enough = true;
-    }
-    batch.replies[pending->index] = std::move(reply);
-}
+namespace {
 
 void deliverSignal(GDBusConnection*, const gchar* sender, const gchar* path, const gchar*,
                    const gchar*, GVariant* arguments, gpointer data)
@@ -132,26 +128,47 @@ GLibOwned<GVariant> BusConnection::call(const BusCall& call, Moment deadline)
     return std::move(callAll({call}, deadline).front());
 }
 
+void BusConnection::finishCall(GObject* source, GAsyncResult* result, gpointer data)
+{
+    const std::unique_ptr<PendingCall> pending(static_cast<PendingCall*>(data));
+    Batch& batch = *pending->batch;
+    --batch.outstanding;
+    GLibOwned<GVariant> reply(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
+    if (reply && batch.isEnough && batch.isEnough(*reply)) {
+        batch.enough = true;
+    }
+    batch.replies[pending->index] = std::move(reply);
+}
+
 std::vector<GLibOwned<GVariant>>
 BusConnection::callAll(const std::vector<BusCall>& calls, Moment deadline,
                        const std::function<bool(GVariant&)>& isEnough)
 {
     const auto batch = std::make_shared<Batch>();
     batch->replies.resize(calls.size());
-    batch->outstanding = calls.size();
     batch->isEnough = isEnough;
-    for (std::size_t i = 0; i < calls.size(); ++i) {
-        const BusCall& call = calls[i];
-        auto pending = std::make_unique<PendingCall>(batch, i);
-        g_dbus_connection_call(m_connection.get(), call.object.owner.c_str(),
-                               call.object.path.c_str(), call.interface, call.method,
-                               call.arguments.get(), G_VARIANT_TYPE(call.replyType),
-                               G_DBUS_CALL_FLAGS_NONE, millisecondsUntil(deadline),
-                               m_cancellable.get(), finishCall, pending.release());
-    }
-    m_loop.runUntil([&] { return batch->enough || batch->outstanding == 0; }, deadline);
+    std::size_t sent = 0;
+    m_loop.runUntil(
+        [&] {
+            while (!batch->enough && batch->outstanding < mostOutstanding && sent < calls.size()) {
+                send(calls[sent], std::make_unique<PendingCall>(batch, sent), deadline);
+                ++sent;
+            }
+            return batch->enough || batch->outstanding == 0;
+        },
+        deadline);
     batch->isEnough = nullptr; // what it refers to ends here
     return std::exchange(batch->replies, std::vector<GLibOwned<GVariant>>(calls.size()));
+}
+
+void BusConnection::send(const BusCall& call, std::unique_ptr<PendingCall> pending, Moment deadline)
+{
+    ++pending->batch->outstanding;
+    g_dbus_connection_call(
+        m_connection.get(), call.object.owner.c_str(), call.object.path.c_str(), call.interface,
+        call.method, call.arguments.get(), G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NONE,
+        millisecondsUntil(deadline), m_cancellable.get(), finishCall, pending.release());
 }
 
 } // namespace zelvane

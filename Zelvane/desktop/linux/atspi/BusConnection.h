@@ -55,13 +55,19 @@ public:
     /// The answer; none for an error, an answer of another type, or silence until `deadline`.
     [[nodiscard]] GLibOwned<GVariant> call(const BusCall& call, Moment deadline);
 
-    /// Makes all calls at once, and yields the answers in the order of the calls. Doesn't wait for
-    /// the rest once `isEnough` says so of an answer.
+    /// Makes many calls at a time, and yields the answers in the order of the calls. Leaves the
+    /// rest once `isEnough` says so of an answer.
     [[nodiscard]] std::vector<GLibOwned<GVariant>>
     callAll(const std::vector<BusCall>& calls, Moment deadline,
             const std::function<bool(GVariant&)>& isEnough = {});
 
 private:
+    struct Batch;
+    struct PendingCall;
+
+    static void finishCall(GObject* source, GAsyncResult* result, gpointer data);
+    void send(const BusCall& call, std::unique_ptr<PendingCall> pending, Moment deadline);
+
     BusConnection(GLibLoop& loop, GLibOwned<GDBusConnection> connection);
 
     GLibLoop& m_loop;

@@ -14,9 +14,6 @@ using std::chrono::steady_clock;
 
 /// A program that answers at all answers well within this.
 constexpr milliseconds programLimit{120};
-/// So much of a window is looked at. Editors have about a hundred objects, mail programs some
-/// hundreds.
-constexpr std::size_t mostNodes = 3000;
 /// Deeper trees aren't interfaces but loops.
 constexpr int mostAncestors = 100;
 
@@ -25,26 +22,10 @@ AccessibleTree::Moment soon(AccessibleTree::Moment deadline)
     return std::min(deadline, steady_clock::now() + programLimit);
 }
 
-bool hasFocus(std::uint64_t states)
-{
-    return hasState(states, ATSPI_STATE_FOCUSED) && !hasState(states, ATSPI_STATE_DEFUNCT);
-}
-
 bool isActive(const AccessibleTree::Node& node)
 {
     return hasState(node.states, ATSPI_STATE_ACTIVE);
 }
-
-/// Whether the focus may be below: not in what is hidden, and not in the thousands of cells of a
-/// table, whose container has the focus itself.
-bool isWorthSearching(const AccessibleTree::Node& node)
-{
-    return hasState(node.states, ATSPI_STATE_SHOWING) &&
-           !hasState(node.states, ATSPI_STATE_MANAGES_DESCENDANTS);
-}
-
-constexpr std::uint64_t activeBit = std::uint64_t{1} << static_cast<unsigned>(ATSPI_STATE_ACTIVE);
-constexpr std::uint64_t focusedBit = std::uint64_t{1} << static_cast<unsigned>(ATSPI_STATE_FOCUSED);
 
 } // namespace
 
@@ -78,17 +59,13 @@ std::optional<AtSpiElement> FocusFinder::inspect(Moment deadline)
         return element;
     }
     const auto found = search(deadline);
-    if (!found) {
-        return std::nullopt;
-    }
-    const auto description = m_tree.describe(*found, deadline);
-    if (!description || !hasFocus(description->states)) {
+    if (!found || !hasFocus(found->description.states)) {
         return std::nullopt;
     }
     if (!m_focused) {
-        m_focused = found;
+        m_focused = found->object;
     }
-    return describeElement(description->role, description->states);
+    return describeElement(found->description.role, found->description.states);
 }
 
 std::optional<AtSpiElement> FocusFinder::inspectAnnounced(Moment deadline)
@@ -150,36 +127,17 @@ std::optional<BusObject> FocusFinder::activeWindowAmong(const std::vector<BusObj
                                                         Moment answersBy, Moment deadline)
 {
     const auto windows = m_tree.children(programs, answersBy);
-    const auto nodes = m_tree.nodes(windows, soon(deadline), activeBit);
+    const auto nodes = m_tree.nodes(windows, soon(deadline), stateBit(ATSPI_STATE_ACTIVE));
     const auto active = std::ranges::find_if(nodes, isActive);
     return active == nodes.end() ? std::nullopt : std::optional(active->object);
 }
 
-std::optional<BusObject> FocusFinder::search(Moment deadline)
+std::optional<FocusSearch::Found> FocusFinder::search(Moment deadline)
 {
     // Programs that hang must not take the time of those that don't.
     const auto programs = m_tree.programs(soon(deadline));
     const auto window = activeWindowAmong(programs, soon(deadline), deadline);
-    if (!window) {
-        return std::nullopt;
-    }
-    std::vector<BusObject> level{*window};
-    std::size_t looked = 0;
-    while (!level.empty() && looked < mostNodes && steady_clock::now() < deadline) {
-        auto children = m_tree.children(level, deadline);
-        children.resize(std::min(children.size(), mostNodes - looked));
-        looked += children.size();
-        level.clear();
-        for (auto& node : m_tree.nodes(children, deadline, focusedBit)) {
-            if (hasFocus(node.states)) {
-                return node.object;
-            }
-            if (isWorthSearching(node)) {
-                level.push_back(std::move(node.object));
-            }
-        }
-    }
-    return std::nullopt;
+    return window ? FocusSearch(m_tree).run(*window, deadline) : std::nullopt;
 }
 
 } // namespace zelvane

@@ -2,6 +2,7 @@
 
 #include "desktop/linux/atspi/AccessibleTree.h"
 #include "desktop/linux/atspi/AtSpiElement.h"
+#include "desktop/linux/atspi/FocusSearch.h"
 
 #include <optional>
 
@@ -33,7 +34,7 @@ private:
     [[nodiscard]] std::optional<BusObject> activeWindow(const BusObject& object, Moment deadline);
     [[nodiscard]] std::optional<BusObject> activeWindowAmong(const std::vector<BusObject>& programs,
                                                              Moment answersBy, Moment deadline);
-    [[nodiscard]] std::optional<BusObject> search(Moment deadline);
+    [[nodiscard]] std::optional<FocusSearch::Found> search(Moment deadline);
     void forget(const BusObject& object);
 
     AccessibleTree& m_tree;
