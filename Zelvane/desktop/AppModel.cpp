@@ -105,7 +105,8 @@ QCoro::Task<void> AppModel::refreshAfterAnnouncement(std::stop_token stop)
 
 void AppModel::activated()
 {
-    QMetaObject::invokeMethod(this, [this] { refreshAccessibilityState(); }, Qt::QueuedConnection);
+    const auto refresh = [this] { refreshAccessibilityState(); };
+    QMetaObject::invokeMethod(this, refresh, Qt::QueuedConnection);
 }
 
 void AppModel::refreshAccessibilityState()

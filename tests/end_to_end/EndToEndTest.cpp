@@ -193,7 +193,7 @@ TEST_P(EndToEndClipboard, comesBackByteForByteAlsoAfterItsProgramHasEnded)
 INSTANTIATE_TEST_SUITE_P(
     Formats, EndToEndClipboard,
     ::testing::Values(
-        ClipboardCase{"text", "UTF8_STRING", QByteArray("Grüße, мир, 你好, 👋🏽\r\n\ttab")},
+        ClipboardCase{"text", "UTF8_STRING", QByteArray("Grüße, мир, 你好\r\n\ttab")},
         ClipboardCase{"html", "text/html", QByteArray("<p>na&iuml;ve <b>bold</b>\xc3\xa9</p>\n")},
         ClipboardCase{"image", "image/png",
                       QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(400'000, '\xa5') +

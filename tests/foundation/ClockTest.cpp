@@ -80,7 +80,8 @@ TEST(SystemClock, sleepsForRealWithoutBlockingTheEventLoop)
 {
     SystemClock clock;
     bool loopRan = false;
-    QMetaObject::invokeMethod(qApp, [&] { loopRan = true; }, Qt::QueuedConnection);
+    const auto noteTheLoop = [&] { loopRan = true; };
+    QMetaObject::invokeMethod(qApp, noteTheLoop, Qt::QueuedConnection);
     const auto before = clock.monotonicNow();
     await(clock.sleep(20ms));
     EXPECT_GE(clock.monotonicNow() - before, 19ms);
