@@ -127,8 +127,9 @@ void reportOn(AppModel& model)
         std::fputs((text.toUtf8() + '\n').constData(), stdout);
         std::fflush(stdout);
     };
-    QObject::connect(&model, &AppModel::hotKeysReloaded, &model,
-                     [print] { print(QStringLiteral("ready")); });
+    QObject::connect(
+        &model, &AppModel::hotKeysReloaded, &model, [print] { print(QStringLiteral("ready")); },
+        Qt::SingleShotConnection);
     QObject::connect(&model, &AppModel::translationDelivered, &model, print);
 }
 
