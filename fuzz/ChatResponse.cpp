@@ -1,30 +1,11 @@
 // Whatever a provider answers ends in a translation or in a failure that has a text.
 
+#include "Survive.h"
 #include "online/ChatCompletionsClient.h"
 
 #include <cstdint>
-#include <cstdlib>
 
-namespace {
-
-void require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
-
-template <typename Call>
-void survive(const Call& call)
-{
-    try {
-        call();
-    } catch (const zelvane::DescribedError& failure) {
-        require(!failure.description().isEmpty());
-    }
-}
-
-} // namespace
+using zelvane::fuzz::survive;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,22 +1,13 @@
 // Whatever stands in the file of settings is read, kept and written again without a change.
 
+#include "Survive.h"
 #include "settings/DefaultsFormat.h"
 #include "settings/LanguagePair.h"
 #include "settings/TranslationCatalogue.h"
 
 #include <cstdint>
-#include <cstdlib>
 
-namespace {
-
-void require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
-
-} // namespace
+using zelvane::fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
