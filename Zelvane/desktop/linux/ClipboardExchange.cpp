@@ -9,6 +9,12 @@ namespace {
 // A server that takes longer than this would not take the keys either.
 constexpr std::chrono::milliseconds longestChange{500};
 
+/// Keeps the timer until the wait has ended.
+QCoro::Task<void> ended(Completion<void> done, [[maybe_unused]] std::unique_ptr<Timer> limit)
+{
+    co_await done.result();
+}
+
 } // namespace
 
 void ClipboardExchange::changeDone()
@@ -23,13 +29,13 @@ void ClipboardExchange::changeDone()
 
 QCoro::Task<void> ClipboardExchange::settled(Clock& clock)
 {
-    if (m_changes == 0) {
-        co_return;
-    }
     const Completion<void> done;
-    m_waiters.push_back(done);
-    const auto limit = clock.callLater(longestChange, [done] { done.succeed(); });
-    co_await done.result();
+    if (m_changes == 0) {
+        done.succeed();
+    } else {
+        m_waiters.push_back(done);
+    }
+    return ended(done, clock.callLater(longestChange, [done] { done.succeed(); }));
 }
 
 void ClipboardExchange::pastePosted(std::optional<xcb_window_t> target)

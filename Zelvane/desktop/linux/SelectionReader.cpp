@@ -107,9 +107,9 @@ QCoro::Task<std::expected<SelectionContent, SelectionReader::Failure>> Selection
 QCoro::Task<void> SelectionReader::collect(QByteArray target, milliseconds limit,
                                            std::shared_ptr<Collection> into, Completion<void> ended)
 {
-    Result result = co_await read(target, limit);
+    const Result result = co_await read(target, limit);
     if (result) {
-        into->content.insert(target, std::move(*result));
+        into->content.insert(target, *result);
     } else if (result.error() == Failure::silent) {
         into->somethingIsMissing = true;
     }
