@@ -55,6 +55,22 @@ DesktopSession::DesktopSession()
 }
 
 DesktopSession::DesktopSession(const Options& options)
+    : DesktopSession(Bare())
+{
+    // From here on the destructor ends what was started, also if the next thing doesn't start.
+    startServer(options.serverArguments);
+    if (options.sessionBus) {
+        startBus();
+    }
+    if (options.accessibilityBus) {
+        startAccessibilityBus();
+    }
+    if (options.windowManager) {
+        startWindowManager();
+    }
+}
+
+DesktopSession::DesktopSession(Bare /*tag*/)
     : m_environment(QProcessEnvironment::systemEnvironment())
 {
     for (const char* name :
@@ -76,17 +92,6 @@ DesktopSession::DesktopSession(const Options& options)
     // Programs must not ask a settings service or a portal that isn't there.
     setVariable(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
     setVariable(QStringLiteral("GTK_USE_PORTAL"), QStringLiteral("0"));
-
-    startServer(options.serverArguments);
-    if (options.sessionBus) {
-        startBus();
-    }
-    if (options.accessibilityBus) {
-        startAccessibilityBus();
-    }
-    if (options.windowManager) {
-        startWindowManager();
-    }
 }
 
 DesktopSession::~DesktopSession()

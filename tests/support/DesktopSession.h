@@ -84,6 +84,11 @@ public:
     void killServer();
 
 private:
+    struct Bare
+    {
+    };
+
+    explicit DesktopSession(Bare tag);
     void startServer(const QStringList& arguments);
     void startBus();
     void startAccessibilityBus();
