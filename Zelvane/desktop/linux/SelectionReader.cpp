@@ -53,12 +53,14 @@ struct SelectionReader::Collection
     Completion<void> allEnded;
 };
 
-SelectionReader::SelectionReader(XcbConnection& connection, Clock& clock, xcb_atom_t selection)
+SelectionReader::SelectionReader(XcbConnection& connection, Clock& clock, xcb_atom_t selection,
+                                 qsizetype largest)
     : m_connection(connection)
     , m_clock(clock)
     , m_selection(selection)
     , m_property(connection.atom("ZELVANE_SELECTION"))
     , m_incremental(connection.atom("INCR"))
+    , m_largest(largest)
 {
 }
 
@@ -207,7 +209,7 @@ void SelectionReader::handleProperty(const xcb_property_notify_event_t& event)
 void SelectionReader::takePiece(const std::shared_ptr<Conversion>& conversion)
 {
     const auto cookie = xcb_get_property(m_connection.get(), 1, conversion->window, m_property,
-                                         XCB_GET_PROPERTY_TYPE_ANY, 0, quint32(largestValue / 4));
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, quint32(m_largest / 4));
     const XcbOwned<xcb_get_property_reply_t> reply(
         xcb_get_property_reply(m_connection.get(), cookie, nullptr));
     if (!reply || reply->type == XCB_ATOM_NONE) {
@@ -238,7 +240,7 @@ void SelectionReader::takePiece(const std::shared_ptr<Conversion>& conversion)
         value.type = m_connection.atomName(reply->type);
         value.unit = reply->format;
     }
-    if (value.bytes.size() + length > largestValue) {
+    if (value.bytes.size() + length > m_largest) {
         abandon(conversion, Failure::tooLarge);
         return;
     }

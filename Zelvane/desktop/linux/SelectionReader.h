@@ -25,7 +25,7 @@ public:
     enum class Failure {
         refused,  ///< the owner answers that it has no such format
         silent,   ///< no answer in time
-        tooLarge, ///< more than `largestValue`
+        tooLarge, ///< more than the reader takes
     };
     using Result = std::expected<SelectionValue, Failure>;
 
@@ -39,7 +39,8 @@ public:
     static constexpr std::chrono::milliseconds transferLimit{5000};
 
     /// All must outlive this object.
-    SelectionReader(XcbConnection& connection, Clock& clock, xcb_atom_t selection);
+    SelectionReader(XcbConnection& connection, Clock& clock, xcb_atom_t selection,
+                    qsizetype largest = largestValue);
     ~SelectionReader();
     Q_DISABLE_COPY_MOVE(SelectionReader)
 
@@ -85,6 +86,7 @@ private:
     const xcb_atom_t m_selection;
     const xcb_atom_t m_property;
     const xcb_atom_t m_incremental;
+    const qsizetype m_largest;
     std::vector<std::shared_ptr<Conversion>> m_conversions;
     /// Windows of finished conversions. One window serves one conversion at a time, so that a late
     /// answer can't be taken for that to a later question.

@@ -232,9 +232,16 @@ void ForeignOwner::freezeAfter(const QByteArray& target)
 void ForeignOwner::serve(const std::stop_token& stop)
 {
     while (!stop.stop_requested()) {
-        const auto event = m_program.nextEvent(10ms);
-        if (!event || m_frozen) {
+        if (m_frozen) {
+            std::this_thread::sleep_for(5ms);
             continue;
+        }
+        const auto event = m_program.nextEvent(10ms);
+        if (!event) {
+            continue;
+        }
+        while (m_frozen && !stop.stop_requested()) {
+            std::this_thread::sleep_for(5ms);
         }
         const int kind = event->response_type & 0x7f;
         if (kind == XCB_SELECTION_REQUEST) {
@@ -247,6 +254,7 @@ void ForeignOwner::serve(const std::stop_token& stop)
                     sendPiece(transfer);
                 }
             }
+            std::erase_if(m_transfers, [](const Transfer& transfer) { return transfer.isOver; });
         }
     }
 }
@@ -286,7 +294,7 @@ void ForeignOwner::answer(const xcb_selection_request_event_t& request)
             const quint32 size = 1;
             put(request.requestor, property,
                 {"INCR", 32, QByteArray(reinterpret_cast<const char*>(&size), 4)});
-            m_transfers.push_back({request.requestor, property, value, 0});
+            m_transfers.push_back({request.requestor, property, value});
             break;
         }
         }
@@ -313,6 +321,7 @@ void ForeignOwner::sendPiece(Transfer& transfer)
     ForeignValue piece = transfer.value;
     piece.bytes = transfer.value.bytes.mid(transfer.sent, pieceSize);
     transfer.sent += piece.bytes.size();
+    transfer.isOver = piece.bytes.isEmpty();
     put(transfer.requestor, transfer.property, piece);
     xcb_flush(m_program.connection());
 }

@@ -97,8 +97,9 @@ public:
 
     /// What it was asked for so far.
     [[nodiscard]] QList<QByteArray> requests() const;
-    /// From now on it answers nothing.
+    /// From now on it answers nothing; after `thaw` it answers what has come in the meantime.
     void freeze() { m_frozen = true; }
+    void thaw() { m_frozen = false; }
     /// Freezes as soon as this target has been handed out.
     void freezeAfter(const QByteArray& target);
 
@@ -108,7 +109,8 @@ private:
         xcb_window_t requestor;
         xcb_atom_t property;
         ForeignValue value;
-        qsizetype sent;
+        qsizetype sent = 0;
+        bool isOver = false;
     };
 
     void serve(const std::stop_token& stop);
