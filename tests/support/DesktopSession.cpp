@@ -6,6 +6,7 @@
 #include <QThread>
 
 #include <csignal>
+#include <ranges>
 #include <stdexcept>
 
 #include <sys/prctl.h>
@@ -96,12 +97,12 @@ DesktopSession::DesktopSession(Bare /*tag*/)
 
 DesktopSession::~DesktopSession()
 {
-    for (auto process = m_processes.rbegin(); process != m_processes.rend(); ++process) {
+    for (const auto& process : m_processes | std::views::reverse) {
         // Stopped programs don't hear the polite signal.
-        signalGroup(**process, SIGCONT);
-        signalGroup(**process, SIGTERM);
-        if (!(*process)->waitForFinished(300)) {
-            kill(**process);
+        signalGroup(*process, SIGCONT);
+        signalGroup(*process, SIGTERM);
+        if (!process->waitForFinished(300)) {
+            kill(*process);
         }
     }
 }

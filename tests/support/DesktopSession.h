@@ -26,7 +26,7 @@ public:
         bool sessionBus = false;
         /// Needs the session bus.
         bool accessibilityBus = false;
-        QStringList serverArguments = {};
+        QStringList serverArguments = {}; // NOLINT(readability-redundant-member-init)
     };
 
     struct Outcome

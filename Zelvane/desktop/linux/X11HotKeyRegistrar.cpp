@@ -146,8 +146,7 @@ void X11HotKeyRegistrar::handleKey(const xcb_key_press_event_t& event)
     if (isAutoRepeat(event)) {
         return;
     }
-    const quint16 modifiers =
-        quint16(event.state & modifierBits & ~m_session.keyboard().lockMask());
+    const auto modifiers = quint16(event.state & modifierBits & ~m_session.keyboard().lockMask());
     for (const auto& [reference, registration] : m_registrations) {
         const auto& grab = registration.grab;
         if (grab && grab->key == event.detail && grab->modifiers == modifiers) {

@@ -106,8 +106,8 @@ public:
 private:
     struct Transfer
     {
-        xcb_window_t requestor;
-        xcb_atom_t property;
+        xcb_window_t requestor = XCB_WINDOW_NONE;
+        xcb_atom_t property = XCB_ATOM_NONE;
         ForeignValue value;
         qsizetype sent = 0;
         bool isOver = false;

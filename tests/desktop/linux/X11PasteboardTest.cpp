@@ -21,7 +21,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::Lt;
-using ::testing::Not;
 using Delivery = ForeignValue::Delivery;
 
 /// Bytes without a pattern that a damaged transfer could reproduce.
