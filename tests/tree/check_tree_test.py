@@ -97,6 +97,11 @@ class CheckTree(unittest.TestCase):
         self.assertEqual(self.check(files={"notes.md": "one \ntwo"}),
                          (1, ["notes.md: must end with one newline", "notes.md:1: ends with a blank"]))
 
+    def test_finds_a_link_to_a_file_that_is_not_there(self):
+        text = "[one](docs/a.md#part) ![two](docs/b.png) [three](https://example.org/c) [four](#here)\n"
+        self.assertEqual(self.check(files={"README.md": text, "docs/a.md": "[up](../README.md)\n"}),
+                         (1, ["README.md: there is no docs/b.png"]))
+
     def test_leaves_binary_files_alone(self):
         self.assertEqual(self.check(files={"picture.png": "\0 \n \n"}), (0, []))
 
