@@ -66,7 +66,7 @@ protected:
 
     static void TearDownTestSuite() { s_session.reset(); }
 
-    ~AtSpiDesktop() override
+    void TearDown() override
     {
         for (QProcess* program : m_programs) {
             DesktopSession::thaw(*program);
@@ -99,28 +99,40 @@ protected:
         return process;
     }
 
-    /// Starts a program that prints a line when its window is up, and gives that the focus.
-    QProcess& startWindow(const QString& program, const QString& title,
-                          const QStringList& arguments)
+    /// Starts a program that prints a line when its window is up.
+    QProcess& launch(const QString& program, const QStringList& arguments)
     {
         inspector();
-        QProcess& process = start(program, arguments);
+        return start(program, arguments);
+    }
+
+    QProcess& launchGtk(const QString& title, const QStringList& kinds)
+    {
+        return launch(QStringLiteral("/usr/bin/python3"),
+                      QStringList{QStringLiteral(ZELVANE_GTK_WINDOW), title} + kinds);
+    }
+
+    /// Waits for the window of a program that was launched, and gives it the focus.
+    static void show(QProcess& process, const QString& title)
+    {
         if (!waitUntil([&] { return process.canReadLine(); })) {
             throw std::runtime_error("the window did not come up");
         }
         session().focusWindow(session().waitForWindow(title));
-        return process;
     }
 
     QProcess& startGtk(const QString& title, const QStringList& kinds)
     {
-        return startWindow(QStringLiteral("/usr/bin/python3"), title,
-                           QStringList{QStringLiteral(ZELVANE_GTK_WINDOW), title} + kinds);
+        QProcess& process = launchGtk(title, kinds);
+        show(process, title);
+        return process;
     }
 
     QProcess& startQt(const QString& title, const QString& kind)
     {
-        return startWindow(QStringLiteral(ZELVANE_QT_WINDOW), title, {title, kind});
+        QProcess& process = launch(QStringLiteral(ZELVANE_QT_WINDOW), {title, kind});
+        show(process, title);
+        return process;
     }
 
     static void moveFocus(QProcess& gtkWindow, int widget)
@@ -298,8 +310,10 @@ TEST_F(AtSpiFocus, isFollowedFromWidgetToWidget)
 
 TEST_F(AtSpiFocus, isFollowedFromWindowToWindow)
 {
-    startGtk(QStringLiteral("First window"), {QStringLiteral("read-only-text")});
-    startGtk(QStringLiteral("Second window"), {QStringLiteral("entry")});
+    QProcess& first = launchGtk(QStringLiteral("First window"), {QStringLiteral("read-only-text")});
+    QProcess& second = launchGtk(QStringLiteral("Second window"), {QStringLiteral("entry")});
+    show(first, QStringLiteral("First window"));
+    show(second, QStringLiteral("Second window"));
     EXPECT_EQ(inspectUntil(entry), entry);
 
     session().focusWindow(window(QStringLiteral("First window")));
@@ -353,8 +367,10 @@ TEST_F(AtSpiFocus, ofAFrozenProgramIsNoneWithinTheLimit)
 
 TEST_F(AtSpiFocus, isFoundBesideAFrozenProgram)
 {
-    QProcess& frozen = startGtk(QStringLiteral("Frozen window"), {QStringLiteral("entry")});
-    startGtk(QStringLiteral("A window"), {QStringLiteral("read-only-text")});
+    QProcess& frozen = launchGtk(QStringLiteral("Frozen window"), {QStringLiteral("entry")});
+    QProcess& other = launchGtk(QStringLiteral("A window"), {QStringLiteral("read-only-text")});
+    show(frozen, QStringLiteral("Frozen window"));
+    show(other, QStringLiteral("A window"));
     EXPECT_EQ(inspectUntil(readOnlyText), readOnlyText);
     DesktopSession::freeze(frozen);
     const auto late = makeInspector();
@@ -366,8 +382,10 @@ TEST_F(AtSpiFocus, isFoundBesideAFrozenProgram)
 
 TEST_F(AtSpiFocus, endsWithItsProgram)
 {
-    startGtk(QStringLiteral("First window"), {QStringLiteral("read-only-text")});
-    QProcess& second = startGtk(QStringLiteral("Second window"), {QStringLiteral("entry")});
+    QProcess& first = launchGtk(QStringLiteral("First window"), {QStringLiteral("read-only-text")});
+    QProcess& second = launchGtk(QStringLiteral("Second window"), {QStringLiteral("entry")});
+    show(first, QStringLiteral("First window"));
+    show(second, QStringLiteral("Second window"));
     EXPECT_EQ(inspectUntil(entry), entry);
 
     DesktopSession::kill(second);

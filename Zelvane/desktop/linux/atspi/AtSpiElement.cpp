@@ -34,6 +34,18 @@ bool showsText(std::uint32_t role)
     }
 }
 
+std::optional<bool> editability(std::uint32_t role, std::uint64_t states)
+{
+    if (role == ATSPI_ROLE_TERMINAL) {
+        return std::nullopt; // its text is read-only, and yet it takes what is pasted
+    }
+    const bool isReadOnly = hasState(states, ATSPI_STATE_READ_ONLY);
+    if (hasState(states, ATSPI_STATE_EDITABLE)) {
+        return !isReadOnly;
+    }
+    return isReadOnly || showsText(role) ? std::optional(false) : std::nullopt;
+}
+
 std::string_view textRole(std::uint64_t states)
 {
     return hasState(states, ATSPI_STATE_MULTI_LINE) ? "AXTextArea" : "AXTextField";
@@ -150,18 +162,7 @@ std::string_view appleRole(std::uint32_t role, std::uint64_t states)
 
 AtSpiElement describeElement(std::uint32_t role, std::uint64_t states)
 {
-    AtSpiElement element{.editable = std::nullopt, .role = appleRole(role, states)};
-    if (role == ATSPI_ROLE_TERMINAL) {
-        return element; // its text is read-only, and yet it takes what is pasted
-    }
-    if (hasState(states, ATSPI_STATE_READ_ONLY)) {
-        element.editable = false;
-    } else if (hasState(states, ATSPI_STATE_EDITABLE)) {
-        element.editable = true;
-    } else if (showsText(role)) {
-        element.editable = false;
-    }
-    return element;
+    return {.editable = editability(role, states), .role = appleRole(role, states)};
 }
 
 } // namespace zelvane

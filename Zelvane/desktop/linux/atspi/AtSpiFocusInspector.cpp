@@ -74,13 +74,9 @@ QCoro::Task<std::optional<FocusedElement>> AtSpiFocusInspector::focusedElement()
 
 void AtSpiFocusInspector::settle(quint64 call, const std::optional<FocusedElement>& element)
 {
-    const auto waiting = m_waiting.constFind(call);
-    if (waiting == m_waiting.cend()) {
-        return;
+    if (m_waiting.contains(call)) {
+        m_waiting.take(call).succeed(element);
     }
-    const auto answer = *waiting;
-    m_waiting.erase(waiting);
-    answer.succeed(element);
 }
 
 std::optional<QString> AtSpiFocusInspector::unavailable() const

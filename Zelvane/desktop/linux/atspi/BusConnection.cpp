@@ -9,6 +9,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
+constexpr int clientOfABus =
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
+
 /// A connection under way. Whoever comes last, the opener or the connection, clears it away.
 struct Opening
 {
@@ -79,9 +82,8 @@ std::unique_ptr<BusConnection> BusConnection::open(GLibLoop& loop, const std::st
         return nullptr;
     }
     const auto opening = std::make_shared<Opening>();
-    const auto flags =
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange): a set of GLib's flags
+    const auto flags = static_cast<GDBusConnectionFlags>(clientOfABus);
     // Not the synchronous form: a bus that accepts and then says nothing holds that one for good.
     g_dbus_connection_new_for_address(
         address.c_str(), flags, nullptr, nullptr, finishOpening,
