@@ -46,7 +46,7 @@ class NoSecrets final : public SecretBackend
 {
 public:
     [[nodiscard]] Found find(const QString&) override { return {SecretStatus::notFound, {}}; }
-    SecretStatus add(const QString&, const QByteArray&) override
+    SecretStatus add(const QString&, const QByteArray&, SecretDialog) override
     {
         return SecretStatus::otherFailure;
     }

@@ -48,7 +48,8 @@ QString HostedInstallStore::token()
 
 bool HostedInstallStore::storeToken(const QString& token)
 {
-    return m_secrets.write(token, tokenAccount);
+    // The user has asked for a translation at most, so no dialog may come of it.
+    return m_secrets.write(token, tokenAccount, SecretDialog::unwanted);
 }
 
 void HostedInstallStore::reset()

@@ -14,6 +14,12 @@ enum class SecretStatus {
     otherFailure,
 };
 
+/// Whether a dialog may come of a call, now or in a while, for unlocking the store or making one.
+enum class SecretDialog {
+    allowed,  ///< the user has just asked for the secret to be stored
+    unwanted, ///< the user knows nothing of it
+};
+
 /// The platform's store of secrets: one value per account under the program's service name.
 ///
 /// Calls are synchronous and bounded in time; a locked or missing store answers with a status.
@@ -32,7 +38,8 @@ public:
     Q_DISABLE_COPY_MOVE(SecretBackend)
 
     [[nodiscard]] virtual Found find(const QString& account) = 0;
-    virtual SecretStatus add(const QString& account, const QByteArray& value) = 0;
+    virtual SecretStatus add(const QString& account, const QByteArray& value,
+                             SecretDialog dialog) = 0;
     virtual SecretStatus remove(const QString& account) = 0;
 };
 

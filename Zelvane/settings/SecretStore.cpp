@@ -62,7 +62,7 @@ std::optional<QString> SecretStore::read(const QString& account)
     return std::nullopt;
 }
 
-bool SecretStore::write(const QString& value, const QString& account)
+bool SecretStore::write(const QString& value, const QString& account, SecretDialog dialog)
 {
     if (value.isEmpty()) {
         if (mayHold(account)) {
@@ -73,7 +73,7 @@ bool SecretStore::write(const QString& value, const QString& account)
     }
     // There is no update: what stood there before goes, flag or no flag.
     m_backend.remove(account);
-    const SecretStatus status = m_backend.add(account, value.toUtf8());
+    const SecretStatus status = m_backend.add(account, value.toUtf8(), dialog);
     if (status != SecretStatus::success && status != SecretStatus::duplicate) {
         return false;
     }

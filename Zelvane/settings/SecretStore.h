@@ -23,7 +23,8 @@ public:
     [[nodiscard]] std::optional<QString> read(const QString& account);
 
     /// Stores `value`; the empty string deletes. False if the platform's store did not take it.
-    [[nodiscard]] bool write(const QString& value, const QString& account);
+    [[nodiscard]] bool write(const QString& value, const QString& account,
+                             SecretDialog dialog = SecretDialog::allowed);
 
     /// Sets the flags of accounts that an installation from before the flags may have used, once.
     void migratePresence(AIProvider provider, bool useOwnAI);

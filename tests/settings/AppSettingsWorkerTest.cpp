@@ -21,7 +21,10 @@ public:
         goOn.acquire();
         return {SecretStatus::success, "key of " + account.toUtf8()};
     }
-    SecretStatus add(const QString&, const QByteArray&) override { return SecretStatus::success; }
+    SecretStatus add(const QString&, const QByteArray&, SecretDialog) override
+    {
+        return SecretStatus::success;
+    }
     SecretStatus remove(const QString&) override { return SecretStatus::success; }
 
     QSemaphore asked;

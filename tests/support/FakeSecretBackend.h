@@ -5,6 +5,8 @@
 #include <QMap>
 #include <QStringList>
 
+#include <optional>
+
 namespace zelvane::test {
 
 /// A secret store in memory that notes each call, and fails as a test asks.
@@ -22,9 +24,10 @@ public:
         }
         return {SecretStatus::success, items.value(account)};
     }
-    SecretStatus add(const QString& account, const QByteArray& value) override
+    SecretStatus add(const QString& account, const QByteArray& value, SecretDialog dialog) override
     {
         calls += QStringLiteral("add ") + account;
+        lastDialog = dialog;
         if (addStatus == SecretStatus::success) {
             items.insert(account, value);
         }
@@ -39,7 +42,8 @@ public:
     QMap<QString, QByteArray> items;
     SecretStatus findStatus = SecretStatus::success;
     SecretStatus addStatus = SecretStatus::success;
-    QStringList calls; ///< "find <account>" and the like, in their order
+    std::optional<SecretDialog> lastDialog; ///< of the last call that added
+    QStringList calls;                      ///< "find <account>" and the like, in their order
 };
 
 } // namespace zelvane::test

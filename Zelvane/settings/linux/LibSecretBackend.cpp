@@ -73,11 +73,13 @@ SecretBackend::Found LibSecretBackend::find(const QString& account)
     return {statusOf(found.answer), QByteArray::fromStdString(found.value)};
 }
 
-SecretStatus LibSecretBackend::add(const QString& account, const QByteArray& value)
+SecretStatus LibSecretBackend::add(const QString& account, const QByteArray& value,
+                                   SecretDialog dialog)
 {
-    const auto call = [name = account.toStdString(),
-                       secret = value.toStdString()](const Cancellation& cancellation) {
-        return secretservice::add(name, secret, cancellation);
+    const bool mayAsk = dialog == SecretDialog::allowed;
+    const auto call = [name = account.toStdString(), secret = value.toStdString(),
+                       mayAsk](const Cancellation& cancellation) {
+        return secretservice::add(name, secret, mayAsk, cancellation);
     };
     return statusOf(bounded(call, Answer::failed));
 }

@@ -16,15 +16,15 @@ namespace zelvane {
 ///
 /// A locked keyring, a missing service and one that doesn't answer within the limit are
 /// `otherFailure`, so that nothing is taken for deleted that may still be there. Reading and
-/// removing never raise a dialog. Adding to a locked keyring fails and asks the desktop to unlock
-/// it, so that the user's next attempt can succeed.
+/// removing never raise a dialog. Adding to a locked keyring fails; if a dialog is allowed, the
+/// desktop is asked to unlock it, so that the user's next attempt can succeed.
 class LibSecretBackend final : public SecretBackend
 {
 public:
     explicit LibSecretBackend(std::chrono::milliseconds limit = std::chrono::seconds(2));
 
     [[nodiscard]] Found find(const QString& account) override;
-    SecretStatus add(const QString& account, const QByteArray& value) override;
+    SecretStatus add(const QString& account, const QByteArray& value, SecretDialog dialog) override;
     SecretStatus remove(const QString& account) override;
 
 private:

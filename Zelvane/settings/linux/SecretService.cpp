@@ -194,7 +194,7 @@ void askToUnlock()
 }
 
 Answer addIn(SecretService* service, const std::string& account, const std::string& value,
-             GCancellable* cancellable)
+             bool mayAsk, GCancellable* cancellable)
 {
     ErrorPlace error;
     const Object<SecretCollection> keyring = defaultKeyring(service, cancellable, error);
@@ -202,7 +202,9 @@ Answer addIn(SecretService* service, const std::string& account, const std::stri
         return error.answer();
     }
     if (!keyring || secret_collection_get_locked(keyring.get()) != FALSE) {
-        askToUnlock();
+        if (mayAsk) {
+            askToUnlock();
+        }
         return Answer::locked;
     }
     const Attributes item = attributes(account);
@@ -241,10 +243,11 @@ Found find(const std::string& account, const Cancellation& cancellation)
     return found;
 }
 
-Answer add(const std::string& account, const std::string& value, const Cancellation& cancellation)
+Answer add(const std::string& account, const std::string& value, bool mayAsk,
+           const Cancellation& cancellation)
 {
     return withService(cancellation, [&](SecretService* service) {
-        return addIn(service, account, value, cancellation.get());
+        return addIn(service, account, value, mayAsk, cancellation.get());
     });
 }
 

@@ -47,8 +47,9 @@ private:
 [[nodiscard]] Found find(const std::string& account, const Cancellation& cancellation);
 
 /// Replaces what stood under the account. If the keyring is locked or there is none yet, the answer
-/// is `locked`, and the desktop is asked to let the user unlock or make it in the meantime.
-[[nodiscard]] Answer add(const std::string& account, const std::string& value,
+/// is `locked`, and the desktop is asked, if we may, to let the user unlock or make it in the
+/// meantime.
+[[nodiscard]] Answer add(const std::string& account, const std::string& value, bool mayAsk,
                          const Cancellation& cancellation);
 
 [[nodiscard]] Answer remove(const std::string& account, const Cancellation& cancellation);

@@ -95,6 +95,12 @@ TEST_F(InstallStore, keepsTheTokenInTheSecretStoreAlone)
                 ElementsAre(QStringLiteral("zv.keychain.has.zv.cloudflare.installToken")));
 }
 
+TEST_F(InstallStore, raisesNoDialogForTheToken)
+{
+    EXPECT_TRUE(store.storeToken(QStringLiteral("token-1")));
+    EXPECT_EQ(backend.lastDialog, SecretDialog::unwanted);
+}
+
 TEST_F(InstallStore, clearsTheTokenForAnEmptyOne)
 {
     EXPECT_TRUE(store.storeToken(QStringLiteral("token-1")));

@@ -1,9 +1,11 @@
+#include "support/Await.h"
 #include "support/PrivateKeyring.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusReply>
+#include <QDBusVirtualObject>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -14,6 +16,7 @@
 namespace zelvane::test {
 namespace {
 
+using namespace std::chrono_literals;
 using State = PrivateKeyring::State;
 
 /// The process that makes the calls.
@@ -219,6 +222,43 @@ TEST(LibSecretBackend, givesUpOnAServiceThatHangs)
     keyring.thaw();
     EXPECT_TRUE(probe.isRunning());
     EXPECT_EQ(Probe(keyring.environment()).call("find a").left(7), QByteArray("success"));
+}
+
+/// Stands in for the desktop's dialog: notes that it is asked for, and stays silent.
+class Prompter final : public QDBusVirtualObject
+{
+public:
+    [[nodiscard]] QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override
+    {
+        calls += message.member();
+        message.setDelayedReply(true);
+        return true;
+    }
+
+    QStringList calls;
+};
+
+TEST(LibSecretBackend, raisesADialogOnlyWhereOneIsAllowed)
+{
+    PrivateKeyring keyring;
+    ASSERT_TRUE(keyring.start(State::locked));
+    const QString connection = QStringLiteral("prompter");
+    QDBusConnection bus = QDBusConnection::connectToBus(
+        keyring.environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")), connection);
+    Prompter prompter;
+    ASSERT_TRUE(bus.registerVirtualObject(QStringLiteral("/org/gnome/keyring/Prompter"), &prompter,
+                                          QDBusConnection::SubPath));
+    ASSERT_TRUE(bus.registerService(QStringLiteral("org.gnome.keyring.SystemPrompter")));
+    {
+        Probe probe(keyring.environment());
+        EXPECT_EQ(probe.call("add-quietly a secret"), QByteArray("otherFailure"));
+        EXPECT_FALSE(waitUntil([&] { return !prompter.calls.isEmpty(); }, 500ms));
+        EXPECT_EQ(probe.call("add a secret"), QByteArray("otherFailure"));
+        EXPECT_TRUE(waitUntil([&] { return !prompter.calls.isEmpty(); }));
+    }
+    bus.unregisterObject(QStringLiteral("/org/gnome/keyring/Prompter"));
+    QDBusConnection::disconnectFromBus(connection);
 }
 
 TEST(LibSecretBackend, showsASecretToNobodyElse)

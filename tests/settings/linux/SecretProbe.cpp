@@ -1,6 +1,7 @@
 // A process of its own for each test of the secret store, since a process stays with the session
 // bus that it has met first. Reads one call from each line: "find ACCOUNT", "add ACCOUNT VALUE",
-// "remove ACCOUNT"; answers each with a line: the status, and after "find" the value.
+// "add-quietly ACCOUNT VALUE" (no dialog), "remove ACCOUNT"; answers each with a line: the status,
+// and after "find" the value.
 
 #include "settings/linux/LibSecretBackend.h"
 
@@ -40,7 +41,10 @@ QByteArray answer(zelvane::SecretBackend& backend, const QByteArrayList& words)
         return QByteArray(name(found.status)) + ' ' + found.value;
     }
     if (words.value(0) == "add") {
-        return name(backend.add(account, words.value(2)));
+        return name(backend.add(account, words.value(2), zelvane::SecretDialog::allowed));
+    }
+    if (words.value(0) == "add-quietly") {
+        return name(backend.add(account, words.value(2), zelvane::SecretDialog::unwanted));
     }
     return name(backend.remove(account));
 }
