@@ -165,6 +165,8 @@ class Zelvane:
             raise Failure("the provider on this machine did not start")
         self.command("defaults", "write", "zv.provider", "Mistral")
         self.command("defaults", "write", "zv.endpoint.Mistral", f"http://127.0.0.1:{words[1]}")
+        # What the program asks the hosted service at its start stays on this machine.
+        self.command("defaults", "write", "zv.endpoint.Zelvane", "http://127.0.0.1:9")
 
     def write_pairs(self, key_code_by_target):
         """One pair for each target language, from any language, with Control, Alt and a key."""

@@ -1,5 +1,6 @@
 #include "cli/EngineFailure.h"
 
+#include "online/CloudflareKeyError.h"
 #include "pipeline/TranslationError.h"
 
 namespace zelvane {
@@ -23,6 +24,13 @@ QString complaintAbout(const std::exception_ptr& error, AIProvider engine)
         default:
             return failure.description();
         }
+    } catch (const CloudflareKeyError& failure) {
+        if (failure.code() == CloudflareKeyError::Code::missingCachedConfig) {
+            return QStringLiteral("%1 can't be reached; check the network, or choose another "
+                                  "engine with --engine NAME")
+                .arg(displayName(engine));
+        }
+        return failure.description();
     } catch (...) {
         return describe(std::current_exception());
     }

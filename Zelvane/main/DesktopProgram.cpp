@@ -8,6 +8,7 @@
 #include "main/Platform.h"
 #include "main/UserInterface.h"
 #include "main/UserStore.h"
+#include "online/HostedStartUp.h"
 #include "settings/Localization.h"
 #include "settings/SystemLanguage.h"
 
@@ -43,7 +44,7 @@ public:
         , m_settings(store.defaults(), m_secrets, systemLanguage(currentSystemLocale()).name,
                      &m_worker)
         , m_trace(clock)
-        , m_engines(clock, store.defaults(), m_trace)
+        , m_engines(clock, store.defaults(), m_trace, {store.defaults(), m_secrets})
         , m_dispatch(m_settings, store.defaults(), m_trace, m_engines.forDispatch())
         , m_permission(desktop.accessibility(), store.defaults(), clock)
         , m_selection({m_settings, m_permission, desktop.pasteboard(), desktop.keystrokes(),
@@ -53,7 +54,9 @@ public:
         , m_model({m_settings, m_selection, m_hotKeys, m_optionMenu, m_permission,
                    m_interface.alerts(), m_interface, clock})
         , m_tray(m_interface, m_settings, m_model, clock)
+        , m_hostedStartUp(m_engines.hosted(), m_settings)
     {
+        m_hostedStartUp.start();
         if (!key.isEmpty()) {
             m_settings.setApiKey(key);
         }
@@ -89,6 +92,7 @@ private:
     UserInterface m_interface;
     AppModel m_model;
     TrayItem m_tray;
+    HostedStartUp m_hostedStartUp;
 };
 
 /// Tells on standard error what the desktop lacks, once that is known: what is missing at first may

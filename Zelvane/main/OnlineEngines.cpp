@@ -4,13 +4,16 @@
 
 namespace zelvane {
 
-OnlineEngines::OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace)
+OnlineEngines::OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace,
+                             Kept kept)
     : m_transport(clock)
     , m_chat(m_transport, trace)
     , m_gemini(m_transport, defaults)
     , m_claude(m_transport, defaults)
     , m_deepL(m_transport, defaults)
-    , m_models(m_transport, defaults, nullptr)
+    , m_hosted(m_transport, kept.defaults, kept.secrets, m_machine,
+               {QStringLiteral(ZELVANE_VERSION), QString()})
+    , m_models(m_transport, defaults, &m_hosted)
 {
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 }
@@ -18,7 +21,7 @@ OnlineEngines::OnlineEngines(Clock& clock, const UserDefaults& defaults, Transla
 TranslationDispatch::Engines OnlineEngines::forDispatch()
 {
     return {&m_chat,
-            nullptr,
+            &m_hosted,
             {{AIProvider::gemini, &m_gemini},
              {AIProvider::claude, &m_claude},
              {AIProvider::deepL, &m_deepL}},

@@ -4,6 +4,7 @@
 #include "online/ChatCompletionsClient.h"
 #include "online/DeepLClient.h"
 #include "online/GeminiClient.h"
+#include "online/HostedService.h"
 #include "online/NetworkHttpTransport.h"
 #include "online/RemoteModels.h"
 #include "pipeline/TranslationDispatch.h"
@@ -14,12 +15,21 @@ namespace zelvane {
 class OnlineEngines
 {
 public:
+    /// What this installation of the program keeps from one run to the next, whatever the choices
+    /// of one call.
+    struct Kept
+    {
+        UserDefaults& defaults;
+        SecretStore& secrets;
+    };
+
     /// All must outlive this object. From now on the process uses the proxies of the system.
-    OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace);
+    OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace, Kept kept);
 
     /// What a dispatch needs of them. They stay owned by this object.
     [[nodiscard]] TranslationDispatch::Engines forDispatch();
     [[nodiscard]] RemoteModels& models() { return m_models; }
+    [[nodiscard]] HostedService& hosted() { return m_hosted; }
 
 private:
     NetworkHttpTransport m_transport;
@@ -27,6 +37,8 @@ private:
     GeminiClient m_gemini;
     AnthropicClient m_claude;
     DeepLClient m_deepL;
+    SystemMachineIdentity m_machine;
+    HostedService m_hosted;
     RemoteModels m_models;
 };
 

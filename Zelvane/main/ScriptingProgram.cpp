@@ -57,14 +57,17 @@ public:
 class EngineSession
 {
 public:
-    /// `overlay` holds the choices of this call over the stored settings, and must outlive this.
-    /// `key` is the engine's for this call; empty if there is none but the stored one.
-    EngineSession(UserDefaults& overlay, const QString& key)
-        : m_secretBackend(key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>())
+    /// `overlay` holds the choices of this call over the settings that are `stored`; both must
+    /// outlive this. `key` is the engine's for this call; empty if there is none but the stored
+    /// one.
+    EngineSession(UserDefaults& stored, UserDefaults& overlay, const QString& key)
+        : m_keptBackend(openSecretStore())
+        , m_keptSecrets(stored, *m_keptBackend)
+        , m_secretBackend(key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>())
         , m_secrets(overlay, *m_secretBackend)
         , m_settings(overlay, m_secrets, systemLanguage(currentSystemLocale()).name)
         , m_trace(m_clock)
-        , m_engines(m_clock, overlay, m_trace)
+        , m_engines(m_clock, overlay, m_trace, {stored, m_keptSecrets})
         , m_dispatch(m_settings, overlay, m_trace, m_engines.forDispatch())
     {
         if (!key.isEmpty()) {
@@ -80,6 +83,9 @@ public:
 
 private:
     SystemClock m_clock;
+    /// For the token of this installation, which serves later calls as well.
+    std::unique_ptr<SecretBackend> m_keptBackend;
+    SecretStore m_keptSecrets;
     std::unique_ptr<SecretBackend> m_secretBackend;
     SecretStore m_secrets;
     AppSettings m_settings;
@@ -138,7 +144,7 @@ ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& 
 
     OverlayUserDefaults overlay(&store.defaults());
     applyOptions(*options, overlay);
-    EngineSession session(overlay, key);
+    EngineSession session(store.defaults(), overlay, key);
     return runToItsEnd([&](std::stop_token stop) {
         return runTranslateCommand(*options, *text, session.settings(), session.dispatch(),
                                    session.trace(), session.clock(), streams, std::move(stop));
@@ -160,7 +166,7 @@ ExitStatus runModels(const CommandLine& line, const QString& key, UserStore& sto
     if (options->engine) {
         chooseEngine(*options->engine, overlay);
     }
-    EngineSession session(overlay, key);
+    EngineSession session(store.defaults(), overlay, key);
     return runToItsEnd([&](std::stop_token stop) {
         return runModelsCommand(*options, session.settings(), session.models(), streams,
                                 std::move(stop));

@@ -247,6 +247,46 @@ TEST(EndToEnd, takesTheKeyFromTheKeyring)
               "Bearer key-from-the-keyring");
 }
 
+TEST(EndToEnd, syncsWithTheHostedServiceAtItsStartAndTranslatesWithIt)
+{
+    PrivateKeyring keyring;
+    ASSERT_TRUE(keyring.start(PrivateKeyring::State::unlocked));
+    ZelvaneSession session(DesktopSession::Options{});
+    session.desktop.setVariable(
+        QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+        keyring.environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")));
+    session.desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QString());
+    session.zelvane({QStringLiteral("defaults"), QStringLiteral("write"),
+                     QStringLiteral("zv.provider"), QStringLiteral("Zelvane")});
+    session.hosted.rules.model = QStringLiteral("model-of-today");
+    session.hosted.translator = [](const QString&) { return QStringLiteral("Hallo Welt"); };
+    session.start();
+    const auto setting = [&](const char* key) {
+        return session.desktop
+            .run(QStringLiteral(ZELVANE_PROGRAM),
+                 {QStringLiteral("--profile"), session.desktop.home() + QStringLiteral("/profile"),
+                  QStringLiteral("defaults"), QStringLiteral("read"), QString::fromLatin1(key)})
+            .output.trimmed();
+    };
+    EXPECT_TRUE(waitUntil([&] { return !setting("zv.cloudflare.quota.prod").isEmpty(); }));
+    EXPECT_EQ(setting("zv.model.Zelvane"), "model-of-today");
+    ASSERT_EQ(session.hosted.installations().size(), 1);
+    EXPECT_EQ(setting("zv.installId"), session.hosted.installations().firstKey().toUtf8());
+
+    session.openEditor("hello world");
+    session.key(ZelvaneSession::toGerman);
+    EXPECT_THAT(text(session.waitForReport()),
+                HasSubstr("cloudflare config · v1 · model-of-today · proxy"));
+    EXPECT_EQ(session.editorText(), "Hallo Welt");
+    EXPECT_EQ(session.hosted.installations().first().translations, 1);
+    const QByteArray token = session.hosted.installations().first().token;
+    EXPECT_THAT(text(session.printed()), Not(HasSubstr(text(token))));
+    const auto found = session.desktop.run(
+        QStringLiteral("grep"),
+        {QStringLiteral("-r"), QString::fromLatin1(token), session.desktop.home()});
+    EXPECT_EQ(text(found.output), "");
+}
+
 TEST(EndToEnd, worksWithoutAnAccessibilityBus)
 {
     DesktopSession::Options options;
@@ -263,6 +303,10 @@ TEST(EndToEnd, withoutABusItSaysWhatIsMissingAndGoesOn)
     DesktopSession::Options options;
     options.windowManager = false;
     DesktopSession session(options);
+    // What the program asks the hosted service at its start stays on this machine.
+    session.run(QStringLiteral(ZELVANE_PROGRAM),
+                {QStringLiteral("defaults"), QStringLiteral("write"),
+                 QStringLiteral("zv.endpoint.Zelvane"), QStringLiteral("http://127.0.0.1:9")});
     const auto outcome = session.run(QStringLiteral("timeout"),
                                      {QStringLiteral("3"), QStringLiteral(ZELVANE_PROGRAM)});
     constexpr int wasStillRunning = 124;

@@ -71,6 +71,9 @@ ZelvaneSession::ZelvaneSession(const DesktopSession::Options& options)
     };
     write({QStringLiteral("zv.provider"), QStringLiteral("Mistral")});
     write({QStringLiteral("zv.endpoint.Mistral"), provider.url().toString()});
+    m_hostedServer.setHandler(
+        [this](const RecordedRequest& request) { return hosted.answerTo(request); });
+    write({QStringLiteral("zv.endpoint.Zelvane"), m_hostedServer.url().toString()});
     write({QStringLiteral("zv.pairs"), QStringLiteral("--data"), json});
     setDefault(QStringLiteral("zv.hasSeenOnboarding"), true);
     setDefault(QStringLiteral("zv.doubleHotKeyWindow"), false);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "foundation/SystemClock.h"
 #include "support/DesktopSession.h"
 #include "support/LoopbackHttpServer.h"
+#include "support/provider/HostedModel.h"
 
 #include <QJsonObject>
 #include <QStringList>
@@ -10,11 +12,14 @@
 
 namespace zelvane::test {
 
-/// The program itself on a desktop of its own, with a provider on this machine.
+/// The program itself on a desktop of its own, with a provider and the hosted service on this
+/// machine.
 ///
 /// Settings are written through the program's own command line before it starts.
 class ZelvaneSession
 {
+    SystemClock m_clock; // before what uses it
+
 public:
     /// A session bus and an accessibility bus besides the window manager.
     [[nodiscard]] static DesktopSession::Options wholeDesktop();
@@ -27,6 +32,7 @@ public:
 
     DesktopSession desktop;
     LoopbackHttpServer provider;
+    HostedModel hosted{m_clock};
 
     /// Runs a command of the program in this session's profile; throws if it fails.
     QByteArray zelvane(const QStringList& arguments);
@@ -75,6 +81,7 @@ public:
 private:
     [[nodiscard]] QStringList withProfile(const QStringList& arguments) const;
 
+    LoopbackHttpServer m_hostedServer;
     QProcess* m_process = nullptr;
     QByteArray m_printed;
     QString m_document;
