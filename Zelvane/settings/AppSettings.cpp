@@ -4,6 +4,7 @@
 #include "settings/LanguageNames.h"
 
 #include <QJsonDocument>
+#include <QPointer>
 
 #include <algorithm>
 #include <tuple>
@@ -48,6 +49,11 @@ std::optional<KeyChord> storedChord(const UserDefaults& defaults, const QString&
 {
     const QByteArray json = defaults.data(key).value_or(QByteArray());
     return keyChordFromJson(QJsonDocument::fromJson(json).object());
+}
+
+QCoro::Task<void> finish(QCoro::Task<bool> task)
+{
+    co_await task;
 }
 
 QCoro::Task<void> deliver(QCoro::Task<QString> value, std::function<void(QString)> take)
@@ -284,31 +290,47 @@ void AppSettings::setApiKey(const QString& key)
     m_apiKey = key;
 }
 
-bool AppSettings::saveKey()
+QCoro::Task<bool> AppSettings::saveKey()
 {
     if (!m_isLoaded || !needsKey(m_provider)) {
-        return false;
+        co_return false;
     }
     const QString account = apiKeyAccount(m_provider);
     const QString key = text::trimmed(m_apiKey);
     if (key.isEmpty()) {
-        return false;
+        co_return false;
     }
     if (m_lastPersistedAPIKeyByAccount.value(account) == key) {
-        return true;
+        co_return true;
     }
-    if (!m_secrets.write(key, account)) {
-        return false;
+    const QPointer self(this);
+    const auto write = [&secrets = m_secrets, key, account] { return secrets.write(key, account); };
+    bool stored = false;
+    if (m_worker) {
+        stored = co_await m_worker->run(write, {});
+    } else {
+        stored = write();
     }
-    m_lastPersistedAPIKeyByAccount.insert(account, key);
-    return true;
+    if (self && stored) {
+        m_lastPersistedAPIKeyByAccount.insert(account, key);
+    }
+    co_return stored;
 }
 
 void AppSettings::clearKey(AIProvider provider)
 {
     const QString account = apiKeyAccount(provider);
-    std::ignore = m_secrets.write(QString(), account);
     m_lastPersistedAPIKeyByAccount.remove(account);
+    const auto erase = [&secrets = m_secrets, account] {
+        return secrets.write(QString(), account);
+    };
+    if (!m_worker) {
+        std::ignore = erase();
+        return;
+    }
+    m_fetches.start([this, erase](std::stop_token stop) {
+        return finish(m_worker->run(erase, std::move(stop)));
+    });
 }
 
 void AppSettings::setUseOwnAI(bool on)

@@ -63,9 +63,10 @@ public:
     [[nodiscard]] QString apiKey() const { return m_apiKey; }
     void setApiKey(const QString& key);
     [[nodiscard]] QBindable<QString> bindableApiKey() const { return &m_apiKey; }
-    /// Whether the trimmed key now stands in the secret store.
-    [[nodiscard]] bool saveKey();
-    /// Deletes the provider's key from the secret store.
+    /// Whether the trimmed key now stands in the secret store. Ends with `CancellationError` if the
+    /// worker goes first.
+    [[nodiscard]] QCoro::Task<bool> saveKey();
+    /// Deletes the provider's key from the secret store, in the background if there is a worker.
     void clearKey(AIProvider provider);
 
     [[nodiscard]] bool autoReplace() const { return m_autoReplace; }

@@ -456,7 +456,7 @@ TEST_F(Load, remembersTheKeyThatStandsInTheSecretStore)
     storeSecret("zv.apiKey.Gemini", "own");
     load();
     backend.calls.clear();
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     EXPECT_EQ(backend.calls, QStringList());
 }
 
@@ -710,7 +710,7 @@ protected:
 TEST_F(Key, isSavedTrimmed)
 {
     settings->setApiKey(QStringLiteral(" sk-1\n"));
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     EXPECT_EQ(backend.items.value(QStringLiteral("zv.apiKey.ChatGPT")), QByteArray("sk-1"));
     EXPECT_EQ(storedFlag("zv.keychain.has.zv.apiKey.ChatGPT"), true);
 }
@@ -718,19 +718,19 @@ TEST_F(Key, isSavedTrimmed)
 TEST_F(Key, isNotSavedWhenNothingIsLeftOfIt)
 {
     settings->setApiKey(QStringLiteral(" \n"));
-    EXPECT_FALSE(settings->saveKey());
+    EXPECT_FALSE(await(settings->saveKey()));
     EXPECT_EQ(backend.calls, QStringList());
 }
 
 TEST_F(Key, isSavedOnce)
 {
     settings->setApiKey(QStringLiteral("sk-1"));
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     backend.calls.clear();
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     EXPECT_EQ(backend.calls, QStringList());
     settings->setApiKey(QStringLiteral("sk-2"));
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     EXPECT_EQ(backend.items.value(QStringLiteral("zv.apiKey.ChatGPT")), QByteArray("sk-2"));
 }
 
@@ -738,9 +738,9 @@ TEST_F(Key, thatTheStoreRefusedIsTriedAgain)
 {
     settings->setApiKey(QStringLiteral("sk-1"));
     backend.addStatus = SecretStatus::refused;
-    EXPECT_FALSE(settings->saveKey());
+    EXPECT_FALSE(await(settings->saveKey()));
     backend.addStatus = SecretStatus::success;
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     EXPECT_EQ(backend.items.value(QStringLiteral("zv.apiKey.ChatGPT")), QByteArray("sk-1"));
 }
 
@@ -749,25 +749,25 @@ TEST_F(Key, isNotSavedForAProviderThatNeedsNone)
     settings->setProvider(AIProvider::zelvane);
     finishSwitch();
     settings->setApiKey(QStringLiteral("sk-1"));
-    EXPECT_FALSE(settings->saveKey());
+    EXPECT_FALSE(await(settings->saveKey()));
     EXPECT_EQ(backend.items.size(), 0);
 }
 
 TEST_F(Key, isWrittenAgainAfterItWasCleared)
 {
     settings->setApiKey(QStringLiteral("sk-1"));
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     settings->clearKey(AIProvider::chatGPT);
     EXPECT_EQ(backend.items.size(), 0);
     EXPECT_EQ(storedFlag("zv.keychain.has.zv.apiKey.ChatGPT"), std::nullopt);
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     EXPECT_EQ(backend.items.value(QStringLiteral("zv.apiKey.ChatGPT")), QByteArray("sk-1"));
 }
 
 TEST_F(Key, isNowhereAmongThePlainSettings)
 {
     settings->setApiKey(QStringLiteral("sk-very-secret"));
-    EXPECT_TRUE(settings->saveKey());
+    EXPECT_TRUE(await(settings->saveKey()));
     for (const QString& key : defaults.keys()) {
         EXPECT_FALSE(defaults.string(key).value_or(QString()).contains(u"sk-very-secret"));
         EXPECT_FALSE(defaults.data(key).value_or(QByteArray()).contains("sk-very-secret"));

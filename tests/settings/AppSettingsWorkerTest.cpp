@@ -11,7 +11,7 @@
 namespace zelvane::test {
 namespace {
 
-/// A store whose every look-up waits until the test lets it go on.
+/// A store whose every call waits until the test lets it go on.
 class SlowSecretBackend final : public SecretBackend
 {
 public:
@@ -21,14 +21,18 @@ public:
         goOn.acquire();
         return {SecretStatus::success, "key of " + account.toUtf8()};
     }
-    SecretStatus add(const QString&, const QByteArray&, SecretDialog) override
+    SecretStatus add(const QString&, const QByteArray& value, SecretDialog) override
     {
+        asked.release();
+        goOn.acquire();
+        stored = value;
         return SecretStatus::success;
     }
     SecretStatus remove(const QString&) override { return SecretStatus::success; }
 
     QSemaphore asked;
     QSemaphore goOn;
+    QByteArray stored;
 };
 
 class SlowSecrets : public ::testing::Test
@@ -75,8 +79,23 @@ TEST_F(SlowSecrets, areNotWaitedForByTheLoad)
     EXPECT_EQ(settings->apiKey(), QString());
     backend.goOn.release();
     EXPECT_TRUE(keyBecomes(QStringLiteral("key of zv.apiKey.ChatGPT")));
-    EXPECT_TRUE(settings->saveKey()); // it is known to be stored: nothing is asked again
+    EXPECT_TRUE(await(settings->saveKey())); // it is known to be stored: nothing is asked again
     EXPECT_EQ(backend.asked.available(), 0);
+}
+
+TEST_F(SlowSecrets, areSavedWithoutHoldingUpTheCaller)
+{
+    load();
+    backend.goOn.release();
+    ASSERT_TRUE(keyBecomes(QStringLiteral("key of zv.apiKey.ChatGPT")));
+    backend.asked.acquire(backend.asked.available());
+    settings->setApiKey(QStringLiteral(" new "));
+    QCoro::Task<bool> saving = settings->saveKey();
+    ASSERT_TRUE(backend.asked.tryAcquire(1, 5000));
+    EXPECT_EQ(backend.stored, QByteArray());
+    backend.goOn.release();
+    EXPECT_TRUE(await(std::move(saving)));
+    EXPECT_EQ(backend.stored, QByteArray("new"));
 }
 
 TEST_F(SlowSecrets, doNotReplaceAKeyThatWasTypedMeanwhile)
