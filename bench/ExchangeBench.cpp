@@ -2,8 +2,8 @@
 // a kept connection saves.
 
 #include "foundation/SystemClock.h"
+#include "http/NetworkHttpTransport.h"
 #include "online/GeminiClient.h"
-#include "online/NetworkHttpTransport.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/TrustLoopbackServer.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "http/NetworkHttpTransport.h"
 #include "online/AnthropicClient.h"
 #include "online/ChatCompletionsClient.h"
 #include "online/DeepLClient.h"
 #include "online/GeminiClient.h"
 #include "online/HostedService.h"
-#include "online/NetworkHttpTransport.h"
 #include "online/RemoteModels.h"
 #include "pipeline/TranslationDispatch.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "online/HttpTransport.h"
+#include "http/HttpTransport.h"
 #include "pipeline/Endpoints.h"
 #include "pipeline/Engines.h"
 

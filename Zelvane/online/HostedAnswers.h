@@ -1,7 +1,7 @@
 #pragma once
 
+#include "http/HttpTransport.h"
 #include "online/CloudflareQuota.h"
-#include "online/HttpTransport.h"
 #include "pipeline/Engines.h"
 
 #include <optional>

@@ -2,12 +2,12 @@
 
 #include "foundation/SharedRun.h"
 #include "foundation/Worker.h"
+#include "http/HttpTransport.h"
 #include "online/CloudflareQuota.h"
 #include "online/HostedAnswers.h"
 #include "online/HostedConfigCache.h"
 #include "online/HostedInstallStore.h"
 #include "online/HostedRequests.h"
-#include "online/HttpTransport.h"
 #include "pipeline/Engines.h"
 
 #include <QObject>

@@ -1,7 +1,7 @@
 #include "online/ChatCompletionsClient.h"
 
+#include "http/NetworkHttpTransport.h"
 #include "online/CallOutcome.h"
-#include "online/NetworkHttpTransport.h"
 #include "support/FakeHttpTransport.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/VirtualClock.h"

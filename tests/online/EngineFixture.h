@@ -1,7 +1,7 @@
 #pragma once
 
+#include "http/NetworkHttpTransport.h"
 #include "online/CallOutcome.h"
-#include "online/NetworkHttpTransport.h"
 #include "pipeline/Engines.h"
 #include "settings/UserDefaults.h"
 #include "support/LoopbackHttpServer.h"

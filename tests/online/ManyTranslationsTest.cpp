@@ -2,10 +2,10 @@
 // loop here carries nothing but what it carries in the program.
 
 #include "foundation/SystemClock.h"
+#include "http/NetworkHttpTransport.h"
 #include "online/AnthropicClient.h"
 #include "online/DeepLClient.h"
 #include "online/GeminiClient.h"
-#include "online/NetworkHttpTransport.h"
 #include "support/Await.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Whole lives of installations: real HTTP, to a model of the service that keeps state.
 
+#include "http/NetworkHttpTransport.h"
 #include "online/HostedStartUp.h"
-#include "online/NetworkHttpTransport.h"
 #include "online/hosted/HostedFixture.h"
 #include "pipeline/TranslationDispatch.h"
 #include "support/VirtualClock.h"

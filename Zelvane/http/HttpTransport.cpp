@@ -1,4 +1,4 @@
-#include "online/HttpTransport.h"
+#include "http/HttpTransport.h"
 
 namespace zelvane {
 

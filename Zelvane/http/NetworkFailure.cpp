@@ -1,4 +1,4 @@
-#include "online/NetworkFailure.h"
+#include "http/NetworkFailure.h"
 
 #include "settings/Localization.h"
 

@@ -2,7 +2,7 @@
 
 #include "foundation/Clock.h"
 #include "foundation/Completion.h"
-#include "online/HttpTransport.h"
+#include "http/HttpTransport.h"
 
 #include <QHash>
 #include <QObject>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "online/HttpTransport.h"
-#include "online/NetworkFailure.h"
+#include "http/HttpTransport.h"
+#include "http/NetworkFailure.h"
 
 #include <QNetworkReply>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "online/NetworkExchange.h"
+#include "http/NetworkExchange.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>

@@ -1,4 +1,4 @@
-#include "online/NetworkHttpTransport.h"
+#include "http/NetworkHttpTransport.h"
 
 #include "foundation/SystemClock.h"
 #include "support/Await.h"

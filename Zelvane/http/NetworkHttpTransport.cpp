@@ -1,7 +1,7 @@
-#include "online/NetworkHttpTransport.h"
+#include "http/NetworkHttpTransport.h"
 
-#include "online/NetworkExchange.h"
-#include "online/NetworkFailure.h"
+#include "http/NetworkExchange.h"
+#include "http/NetworkFailure.h"
 #include "pipeline/Loopback.h"
 
 #include <QNetworkAccessManager>
