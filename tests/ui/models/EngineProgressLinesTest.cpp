@@ -1,0 +1,79 @@
+#include "ui/settings/EngineProgressLines.h"
+
+#include "settings/Localization.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace zelvane::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+EngineDownloadProgress halfWay()
+{
+    EngineDownloadProgress progress;
+    progress.downloadedBytes = 2'300'000'000;
+    progress.totalBytes = 4'600'000'000;
+    progress.bytesPerSecond = 11'500'000;
+    progress.remainingBytes = 2'300'000'000;
+    progress.etaSeconds = 200;
+    progress.elapsedSeconds = 3725;
+    return progress;
+}
+
+SymbolLine line(const char16_t* symbol, const char16_t* text)
+{
+    return {QString::fromUtf16(symbol), QString::fromUtf16(text)};
+}
+
+TEST(EngineProgressLines, tellAmountSpeedRestAndTime)
+{
+    EXPECT_THAT(
+        engineProgressLines(halfWay()),
+        ElementsAre(line(u"arrow.down.circle", u"2.3 GB of 4.6 GB downloaded"),
+                    line(u"speedometer", u"11.5 MB/s"), line(u"externaldrive", u"2.3 GB remaining"),
+                    line(u"clock", u"About 3:20 remaining"), line(u"clock", u"Elapsed: 1:02:05")));
+    EXPECT_EQ(engineProgressPercentage(halfWay()), QStringLiteral("50 %"));
+}
+
+TEST(EngineProgressLines, tellLessWhileTheSizeIsUnknown)
+{
+    EngineDownloadProgress progress;
+    progress.downloadedBytes = 4'000'000;
+    progress.bytesPerSecond = 0;
+    progress.elapsedSeconds = 9;
+
+    EXPECT_THAT(engineProgressLines(progress),
+                ElementsAre(line(u"arrow.down.circle", u"4.0 MB downloaded"),
+                            line(u"speedometer", u"—"), line(u"clock", u"Elapsed: 0:09")));
+    EXPECT_EQ(engineProgressPercentage(progress), QString());
+}
+
+TEST(EngineProgressLines, writeSmallSpeedsInKilobytes)
+{
+    EngineDownloadProgress progress = halfWay();
+    progress.bytesPerSecond = 512'400;
+    EXPECT_EQ(engineProgressLines(progress)[1].text, QStringLiteral("512 KB/s"));
+}
+
+TEST(EngineProgressLines, tellOfASilenceOfTenSeconds)
+{
+    EngineDownloadProgress progress = halfWay();
+    progress.idleSeconds = 9;
+    EXPECT_EQ(engineProgressLines(progress).size(), 5);
+
+    progress.idleSeconds = 10;
+    EXPECT_EQ(engineProgressLines(progress).constLast(),
+              line(u"wifi.slash", u"No network data for 0:10. Waiting to resume…"));
+}
+
+TEST(EngineProgressLines, neverPassAHundredPercent)
+{
+    EngineDownloadProgress progress = halfWay();
+    progress.downloadedBytes = 9'000'000'000;
+    EXPECT_EQ(engineProgressPercentage(progress), QStringLiteral("100 %"));
+}
+
+} // namespace
+} // namespace zelvane::test
