@@ -1,0 +1,25 @@
+#include "main/ProgramCore.h"
+
+#include "main/Platform.h"
+#include "settings/SystemLanguage.h"
+
+namespace zelvane {
+
+ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, StopSequence& stop)
+    : m_clock(clock)
+    , m_stop(stop)
+    , m_defaults(store.defaults())
+    , m_secretBackend(openSecretStore())
+    , m_secrets(m_defaults, *m_secretBackend)
+    , m_settings(m_defaults, m_secrets, systemLanguage(currentSystemLocale()).name, &m_worker)
+    , m_trace(clock)
+    , m_engines(clock, m_defaults, m_trace, {m_defaults, m_secrets})
+    , m_dispatch(m_settings, m_defaults, m_trace, m_engines.forDispatch())
+    , m_hostedStartUp(m_engines.hosted(), m_settings)
+{
+    if (!key.isEmpty()) {
+        m_settings.setApiKey(key);
+    }
+}
+
+} // namespace zelvane

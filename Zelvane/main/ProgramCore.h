@@ -1,0 +1,52 @@
+#pragma once
+
+#include "foundation/StopSequence.h"
+#include "foundation/Worker.h"
+#include "main/OnlineEngines.h"
+#include "main/UserStore.h"
+#include "online/HostedStartUp.h"
+#include "pipeline/TranslationDispatch.h"
+#include "pipeline/TranslationTrace.h"
+#include "settings/AppSettings.h"
+#include "settings/SecretStore.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace zelvane {
+
+/// What the program in the desktop session has that needs no window: the settings and all engines,
+/// in the order in which they are made. Everything here lives until the program ends.
+class ProgramCore
+{
+public:
+    /// `key` is the engine's key for this run; empty if there is none but the stored one. All must
+    /// outlive this object.
+    ProgramCore(UserStore& store, const QString& key, Clock& clock, StopSequence& stop);
+
+    [[nodiscard]] Clock& clock() { return m_clock; }
+    [[nodiscard]] StopSequence& stop() { return m_stop; }
+    [[nodiscard]] UserDefaults& defaults() { return m_defaults; }
+    /// For calls that may have to wait for another program or the disk.
+    [[nodiscard]] Worker& worker() { return m_worker; }
+    [[nodiscard]] AppSettings& settings() { return m_settings; }
+    [[nodiscard]] TranslationTrace& trace() { return m_trace; }
+    [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
+    [[nodiscard]] HostedStartUp& hostedStartUp() { return m_hostedStartUp; }
+
+private:
+    Clock& m_clock;
+    StopSequence& m_stop;
+    UserDefaults& m_defaults;
+    std::unique_ptr<SecretBackend> m_secretBackend;
+    SecretStore m_secrets;
+    Worker m_worker;
+    AppSettings m_settings;
+    TranslationTrace m_trace;
+    OnlineEngines m_engines;
+    TranslationDispatch m_dispatch;
+    HostedStartUp m_hostedStartUp;
+};
+
+} // namespace zelvane
