@@ -12,12 +12,20 @@ class ReadableColors : public ::testing::TestWithParam<ColorScheme>
 TEST_P(ReadableColors, textStandsOutFromWhatItIsOn)
 {
     const ThemeColors colors = themeColors({.scheme = GetParam()});
-    for (const QColor& ground : {colors.window, colors.well, colors.control}) {
+    for (const QColor& ground : {colors.window, colors.well, colors.control, colors.card}) {
         EXPECT_GE(contrastRatio(colors.text, ground), 7);
         EXPECT_GE(contrastRatio(colors.secondaryText, ground), 4.5);
         EXPECT_GE(contrastRatio(colors.tertiaryText, ground), 3);
     }
-    EXPECT_GE(contrastRatio(colors.success, colors.window), 4.5);
+    for (const QColor& ground : {colors.window, colors.card}) {
+        for (const QColor& text :
+             {colors.success, colors.warningText, colors.danger, colors.link}) {
+            EXPECT_GE(contrastRatio(text, ground), 4.5);
+        }
+    }
+    EXPECT_GE(contrastRatio(colors.danger, colors.control), 4.5);
+    EXPECT_GE(contrastRatio(colors.accent, colors.card), 3);
+    EXPECT_GE(contrastRatio(colors.accent, colors.track), 2);
     EXPECT_GE(contrastRatio(colors.focusRing, colors.window), 3);
     EXPECT_GE(contrastRatio(colors.focusRing, colors.well), 3);
     EXPECT_GE(contrastRatio(colors.onAccent, colors.accent), 4);
@@ -32,6 +40,7 @@ TEST_P(ReadableColors, anyAccentOfTheUserStaysReadable)
         EXPECT_EQ(colors.accent, accent);
         EXPECT_GE(contrastRatio(colors.onAccent, accent), 3) << name;
         EXPECT_GE(contrastRatio(colors.focusRing, colors.window), 3) << name;
+        EXPECT_GE(contrastRatio(colors.link, colors.card), 4.5) << name;
     }
 }
 
@@ -52,6 +61,23 @@ TEST(Contrast, isThatOfTheStandard)
 {
     EXPECT_NEAR(contrastRatio(Qt::black, Qt::white), 21, 0.01);
     EXPECT_NEAR(contrastRatio(QColor(0x77, 0x77, 0x77), Qt::white), 4.48, 0.01);
+}
+
+TEST(Theme, panelsLetThroughOnlyWhatTheDesktopBlurs)
+{
+    StyleTweaker tokens;
+    DesktopAppearance appearance;
+    const Theme theme(tokens, appearance);
+    EXPECT_TRUE(theme.opaquePanels());
+    appearance.setCompositing(true);
+    EXPECT_TRUE(theme.opaquePanels());
+    appearance.setBlursBehind(true);
+    EXPECT_FALSE(theme.opaquePanels());
+    appearance.setReducedTransparency(true);
+    EXPECT_TRUE(theme.opaquePanels());
+    appearance.setReducedTransparency(false);
+    appearance.setHighContrast(true);
+    EXPECT_TRUE(theme.opaquePanels());
 }
 
 TEST(Theme, followsTheDesktopAtOnce)

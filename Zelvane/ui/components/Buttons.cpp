@@ -1,9 +1,10 @@
 #include "ui/components/Buttons.h"
 
+#include "ui/components/Styling.h"
 #include "ui/style/Symbols.h"
 
-#include <QEvent>
 #include <QPainter>
+#include <QStyle>
 
 #include <cmath>
 
@@ -12,21 +13,14 @@ namespace zelvane {
 namespace {
 
 constexpr int textPadding = 14;
+constexpr int plainPadding = 8;
+constexpr int symbolGap = 6;
+constexpr int keyHintGap = 10;
+/// How much of the text's colour the key beside it has.
+constexpr float keyHintStrength = 0.7F;
 constexpr int minimalWidth = 76;
 constexpr int iconButtonSide = 28;
 constexpr int iconButtonSymbol = 16;
-
-/// What every button of the program shares: it repaints under the pointer and takes the keyboard.
-void prepare(QAbstractButton& button, const Theme& theme)
-{
-    button.setAttribute(Qt::WA_Hover);
-    button.setFocusPolicy(Qt::StrongFocus);
-    button.setProperty(focusRadiusProperty, theme.tokens().controlRadius());
-    QObject::connect(&theme, &Theme::changed, &button, [&button, &theme] {
-        button.setProperty(focusRadiusProperty, theme.tokens().controlRadius());
-        button.update();
-    });
-}
 
 } // namespace
 
@@ -35,10 +29,9 @@ TextButton::TextButton(const Theme& theme, ControlKind kind, QWidget* parent)
     , m_theme(theme)
     , m_kind(kind)
 {
-    prepare(*this, theme);
+    prepareControl(*this, theme);
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
-    connect(&theme, &Theme::changed, this, &TextButton::restyle);
-    restyle();
+    keepStyled(*this, theme, [this] { setFont(m_theme.font(StyleFontRole::body)); });
 }
 
 void TextButton::setSymbol(const QString& name)
@@ -56,6 +49,13 @@ void TextButton::setKind(ControlKind kind)
     update();
 }
 
+void TextButton::setKeyHint(const QString& hint)
+{
+    m_keyHint = hint;
+    updateGeometry();
+    update();
+}
+
 void TextButton::setAlternativeText(const QString& text)
 {
     m_alternativeText = text;
@@ -65,8 +65,10 @@ void TextButton::setAlternativeText(const QString& text)
 QSize TextButton::sizeHint() const
 {
     const int words = std::max(textWidth(text()), textWidth(m_alternativeText));
-    return {std::max(leadingWidth() + words + 2 * textPadding, minimalWidth),
-            fontMetrics().height() + 13};
+    const int padding = m_kind == ControlKind::plain ? plainPadding : textPadding;
+    const int room = leadingWidth() + words + trailingWidth() + 2 * padding;
+    return {m_kind == ControlKind::plain ? room : std::max(room, minimalWidth),
+            controlHeight(*this)};
 }
 
 QSize TextButton::minimumSizeHint() const
@@ -81,31 +83,32 @@ void TextButton::paintEvent(QPaintEvent*)
     const QColor color = controlTextColor(*this, m_theme, m_kind);
     painter.setPen(color);
 
-    const int available = width() - leadingWidth() - 2 * textPadding;
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, available);
+    const int around = leadingWidth() + trailingWidth();
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width() - around);
     const int words = textWidth(shown);
-    const int start = (width() - leadingWidth() - words) / 2;
-    const bool mirrored = layoutDirection() == Qt::RightToLeft;
+    int x = (width() - around - words) / 2;
+    const auto place = [&](int itemWidth) {
+        const QRect item(x, 0, itemWidth, height());
+        x += itemWidth;
+        return QStyle::visualRect(layoutDirection(), rect(), item);
+    };
     if (!m_symbol.isEmpty()) {
-        const int x = mirrored ? width() - start - symbolSize() : start;
-        painter.drawPixmap(x, (height() - symbolSize()) / 2,
-                           symbolPixmap(m_symbol, color, symbolSize(), devicePixelRatioF()));
+        const QRect room = place(leadingWidth());
+        const int side = symbolSize();
+        const QRect symbol = QStyle::visualRect(layoutDirection(), room,
+                                                QRect(room.x(), (height() - side) / 2, side, side));
+        painter.drawPixmap(symbol.topLeft(),
+                           symbolPixmap(m_symbol, color, side, devicePixelRatioF()));
     }
-    const int textX = mirrored ? start : start + leadingWidth();
-    painter.drawText(QRect(textX, 0, words, height()), Qt::AlignCenter | Qt::TextSingleLine, shown);
-}
-
-void TextButton::changeEvent(QEvent* event)
-{
-    QAbstractButton::changeEvent(event);
-    if (event->type() == QEvent::ApplicationFontChange) {
-        restyle();
+    painter.drawText(place(words), Qt::AlignCenter | Qt::TextSingleLine, shown);
+    if (!m_keyHint.isEmpty()) {
+        QColor faint = color;
+        faint.setAlphaF(color.alphaF() * keyHintStrength);
+        painter.setPen(faint);
+        const auto end = QStyle::visualAlignment(layoutDirection(), Qt::AlignRight);
+        painter.drawText(place(trailingWidth()), int(end | Qt::AlignVCenter) | Qt::TextSingleLine,
+                         m_keyHint);
     }
-}
-
-void TextButton::restyle()
-{
-    setFont(m_theme.font(StyleFontRole::body));
 }
 
 int TextButton::textWidth(const QString& text) const
@@ -121,16 +124,28 @@ int TextButton::symbolSize() const
 
 int TextButton::leadingWidth() const
 {
-    return m_symbol.isEmpty() ? 0 : symbolSize() + 6;
+    return m_symbol.isEmpty() ? 0 : symbolSize() + symbolGap;
 }
 
-IconButton::IconButton(const Theme& theme, QString symbol, QWidget* parent)
+int TextButton::trailingWidth() const
+{
+    return m_keyHint.isEmpty() ? 0 : textWidth(m_keyHint) + keyHintGap;
+}
+
+IconButton::IconButton(const Theme& theme, QString symbol, QWidget* parent, ControlKind kind)
     : QAbstractButton(parent)
     , m_theme(theme)
     , m_symbol(std::move(symbol))
+    , m_kind(kind)
 {
-    prepare(*this, theme);
+    prepareControl(*this, theme);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void IconButton::setSymbol(const QString& name)
+{
+    m_symbol = name;
+    update();
 }
 
 void IconButton::setLabel(const QString& label, const QString& hint)
@@ -144,15 +159,28 @@ QSize IconButton::sizeHint() const
     return {iconButtonSide, iconButtonSide};
 }
 
+QColor IconButton::symbolColor() const
+{
+    const ThemeColors& colors = m_theme.colors();
+    if (!isEnabled()) {
+        return colors.disabledText;
+    }
+    if (isChecked()) {
+        return colors.link;
+    }
+    if (m_kind == ControlKind::destructive) {
+        return colors.danger;
+    }
+    return underMouse() ? colors.text : colors.secondaryText;
+}
+
 void IconButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintControl(painter, *this, m_theme, ControlKind::bordered);
-    const QColor color =
-        underMouse() && isEnabled() ? m_theme.colors().text : m_theme.colors().secondaryText;
+    paintControl(painter, *this, m_theme, m_kind);
     const int inset = (width() - iconButtonSymbol) / 2;
-    painter.drawPixmap(inset, inset,
-                       symbolPixmap(m_symbol, color, iconButtonSymbol, devicePixelRatioF()));
+    painter.drawPixmap(
+        inset, inset, symbolPixmap(m_symbol, symbolColor(), iconButtonSymbol, devicePixelRatioF()));
 }
 
 } // namespace zelvane

@@ -23,6 +23,9 @@ public:
     void setKind(ControlKind kind);
     [[nodiscard]] ControlKind kind() const { return m_kind; }
 
+    /// The key that presses the button, shown behind its text: "⌘C". Display only.
+    void setKeyHint(const QString& hint);
+
     /// A text for which the button keeps room besides its own, so that a change between both moves
     /// nothing.
     void setAlternativeText(const QString& text);
@@ -32,28 +35,33 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
-    void restyle();
     [[nodiscard]] int textWidth(const QString& text) const;
     [[nodiscard]] int symbolSize() const;
     [[nodiscard]] int leadingWidth() const;
+    [[nodiscard]] int trailingWidth() const;
 
     const Theme& m_theme;
     ControlKind m_kind;
     QString m_symbol;
+    QString m_keyHint;
     QString m_alternativeText;
 };
 
-/// A small square button that shows nothing but a symbol.
+/// A small square button that shows nothing but a symbol. A checkable one shows the accent while it
+/// is checked.
 class IconButton final : public QAbstractButton
 {
     Q_OBJECT
 
 public:
     /// `theme` must outlive the button. `symbol` is a name of the icon set.
-    IconButton(const Theme& theme, QString symbol, QWidget* parent = nullptr);
+    IconButton(const Theme& theme, QString symbol, QWidget* parent = nullptr,
+               ControlKind kind = ControlKind::bordered);
+
+    void setSymbol(const QString& name);
+    [[nodiscard]] QString symbol() const { return m_symbol; }
 
     /// What a screen reader says and the tool tip shows; `hint` only the latter, after the label.
     void setLabel(const QString& label, const QString& hint = {});
@@ -64,8 +72,11 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    [[nodiscard]] QColor symbolColor() const;
+
     const Theme& m_theme;
     QString m_symbol;
+    ControlKind m_kind;
 };
 
 } // namespace zelvane

@@ -4,50 +4,78 @@ namespace zelvane {
 
 namespace {
 
-QColor controlFill(const QAbstractButton& button, const ThemeColors& colors, ControlKind kind)
+ControlState stateOf(const QAbstractButton& button)
 {
-    const bool prominent = kind == ControlKind::prominent && button.isEnabled();
-    if (button.isDown()) {
+    return {.enabled = button.isEnabled(),
+            .hovered = button.isEnabled() && button.underMouse(),
+            .pressed = button.isDown()};
+}
+
+QColor plainFill(const ControlState& state, const ThemeColors& colors)
+{
+    QColor fill = colors.rowHovered;
+    if (state.pressed) {
+        fill.setAlphaF(std::min(1.0F, fill.alphaF() * 2));
+        return fill;
+    }
+    return state.hovered ? fill : QColor(Qt::transparent);
+}
+
+QColor controlFill(const ControlState& state, const ThemeColors& colors, ControlKind kind)
+{
+    if (kind == ControlKind::plain) {
+        return plainFill(state, colors);
+    }
+    const bool prominent = kind == ControlKind::prominent && state.enabled;
+    if (state.pressed) {
         return prominent ? colors.accentPressed : colors.controlPressed;
     }
-    if (button.underMouse() && button.isEnabled()) {
+    if (state.hovered) {
         return prominent ? colors.accentHovered : colors.controlHovered;
     }
     return prominent ? colors.accent : colors.control;
 }
 
+QColor controlBorder(const ControlState& state, const ThemeColors& colors, ControlKind kind)
+{
+    const bool bare =
+        kind == ControlKind::plain || (kind == ControlKind::prominent && state.enabled);
+    return bare ? QColor(Qt::transparent) : colors.controlBorder;
+}
+
 } // namespace
 
-void paintRounded(QPainter& painter, const QRectF& rect, double radius, const QColor& fill,
-                  const QColor& border)
+void paintControl(QPainter& painter, const QRectF& rect, const ControlState& state,
+                  const Theme& theme, ControlKind kind)
 {
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    painter.drawRoundedRect(rect, radius, radius);
-    if (border.alpha() > 0) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(border, 1));
-        painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius - 0.5, radius - 0.5);
-    }
+    paintRounded(painter, rect, theme.tokens().controlRadius(),
+                 controlFill(state, theme.colors(), kind),
+                 controlBorder(state, theme.colors(), kind));
 }
 
 void paintControl(QPainter& painter, const QAbstractButton& button, const Theme& theme,
                   ControlKind kind)
 {
-    const ThemeColors& colors = theme.colors();
-    const bool prominent = kind == ControlKind::prominent && button.isEnabled();
-    paintRounded(painter, button.rect(), theme.tokens().controlRadius(),
-                 controlFill(button, colors, kind),
-                 prominent ? QColor(Qt::transparent) : colors.controlBorder);
+    paintControl(painter, button.rect(), stateOf(button), theme, kind);
 }
 
 QColor controlTextColor(const QAbstractButton& button, const Theme& theme, ControlKind kind)
 {
+    const ThemeColors& colors = theme.colors();
     if (!button.isEnabled()) {
-        return theme.colors().disabledText;
+        return colors.disabledText;
     }
-    return kind == ControlKind::prominent ? theme.colors().onAccent : theme.colors().text;
+    switch (kind) {
+    case ControlKind::bordered:
+        return colors.text;
+    case ControlKind::prominent:
+        return colors.onAccent;
+    case ControlKind::plain:
+        return colors.link;
+    case ControlKind::destructive:
+        return colors.danger;
+    }
+    Q_UNREACHABLE();
 }
 
 } // namespace zelvane

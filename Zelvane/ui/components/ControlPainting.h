@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/style/Theme.h"
+#include "ui/style/ViewStyles.h"
 
 #include <QAbstractButton>
 #include <QPainter>
@@ -10,11 +11,13 @@ namespace zelvane {
 /// How much a button asks to be pressed.
 enum class ControlKind {
     bordered,
+    /// The one that Return presses.
     prominent,
+    /// No more than a text or a symbol until the pointer comes.
+    plain,
+    /// Removes something.
+    destructive,
 };
-
-/// The property of a widget that tells the focus ring how round the widget is.
-inline constexpr const char* focusRadiusProperty = "zelvaneFocusRadius";
 
 /// Paints the body of a button in its present state, over the whole widget.
 void paintControl(QPainter& painter, const QAbstractButton& button, const Theme& theme,
@@ -24,8 +27,15 @@ void paintControl(QPainter& painter, const QAbstractButton& button, const Theme&
 [[nodiscard]] QColor controlTextColor(const QAbstractButton& button, const Theme& theme,
                                       ControlKind kind);
 
-/// Fills a rounded rectangle and draws its border inside of it, one pixel wide.
-void paintRounded(QPainter& painter, const QRectF& rect, double radius, const QColor& fill,
-                  const QColor& border);
+/// The same for a control that isn't a button, or has a state of its own.
+struct ControlState
+{
+    bool enabled = true;
+    bool hovered = false;
+    bool pressed = false;
+};
+
+void paintControl(QPainter& painter, const QRectF& rect, const ControlState& state,
+                  const Theme& theme, ControlKind kind);
 
 } // namespace zelvane

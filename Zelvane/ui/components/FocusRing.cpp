@@ -1,6 +1,6 @@
 #include "ui/components/FocusRing.h"
 
-#include "ui/components/ControlPainting.h"
+#include "ui/components/Styling.h"
 
 #include <QApplication>
 #include <QFocusEvent>

@@ -1,10 +1,10 @@
 #include "ui/components/TextWell.h"
 
-#include "ui/components/ControlPainting.h"
 #include "ui/components/SlimScrollBar.h"
+#include "ui/components/Styling.h"
 #include "ui/components/TextMeasure.h"
+#include "ui/style/ViewStyles.h"
 
-#include <QEvent>
 #include <QFocusEvent>
 #include <QPainter>
 #include <QTextBlock>
@@ -86,9 +86,8 @@ TextWell::TextWell(const Theme& theme, QWidget* parent)
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
     setFocusProxy(m_editor);
-    connect(&theme, &Theme::changed, this, &TextWell::restyle);
     connectScrollBar();
-    restyle();
+    keepStyled(*this, theme, [this] { restyle(); });
 }
 
 void TextWell::connectScrollBar()
@@ -163,16 +162,7 @@ void TextWell::resizeEvent(QResizeEvent*)
 void TextWell::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintRounded(painter, rect(), m_theme.tokens().wellRadius(), m_theme.colors().well,
-                 m_theme.colors().wellBorder);
-}
-
-void TextWell::changeEvent(QEvent* event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::ApplicationFontChange) {
-        restyle();
-    }
+    TranslatorContentWellModifier{m_theme.tokens()}.paint(painter, rect(), m_theme.colors());
 }
 
 void TextWell::restyle()

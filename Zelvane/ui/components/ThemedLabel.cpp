@@ -1,6 +1,7 @@
 #include "ui/components/ThemedLabel.h"
 
-#include <QEvent>
+#include "ui/components/Styling.h"
+
 #include <QPainter>
 #include <QStyle>
 
@@ -17,6 +18,12 @@ QColor toneColor(const ThemeColors& colors, TextTone tone)
         return colors.tertiaryText;
     case TextTone::success:
         return colors.success;
+    case TextTone::warning:
+        return colors.warningText;
+    case TextTone::danger:
+        return colors.danger;
+    case TextTone::link:
+        return colors.link;
     }
     Q_UNREACHABLE();
 }
@@ -28,8 +35,7 @@ ThemedLabel::ThemedLabel(const Theme& theme, Role role, TextTone tone, QWidget* 
     , m_tone(tone)
 {
     setTextFormat(Qt::PlainText);
-    connect(&theme, &Theme::changed, this, &ThemedLabel::restyle);
-    restyle();
+    keepStyled(*this, theme, [this] { restyle(); });
 }
 
 ThemedLabel::ThemedLabel(const Theme& theme, StyleFontRole role, TextTone tone, QWidget* parent)
@@ -39,8 +45,7 @@ ThemedLabel::ThemedLabel(const Theme& theme, StyleFontRole role, TextTone tone, 
     , m_tone(tone)
 {
     setTextFormat(Qt::PlainText);
-    connect(&theme, &Theme::changed, this, &ThemedLabel::restyle);
-    restyle();
+    keepStyled(*this, theme, [this] { restyle(); });
 }
 
 void ThemedLabel::setElides(bool elides)
@@ -68,12 +73,10 @@ void ThemedLabel::paintEvent(QPaintEvent* event)
     painter.drawText(rect(), int(place) | Qt::TextSingleLine, shown);
 }
 
-void ThemedLabel::changeEvent(QEvent* event)
+void ThemedLabel::setTone(TextTone tone)
 {
-    QLabel::changeEvent(event);
-    if (event->type() == QEvent::ApplicationFontChange) {
-        restyle();
-    }
+    m_tone = tone;
+    restyle();
 }
 
 void ThemedLabel::restyle()

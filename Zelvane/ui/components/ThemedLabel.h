@@ -14,6 +14,9 @@ enum class TextTone {
     secondary,
     tertiary,
     success,
+    warning,
+    danger,
+    link,
 };
 
 [[nodiscard]] QColor toneColor(const ThemeColors& colors, TextTone tone);
@@ -34,11 +37,12 @@ public:
     /// of widening the window. Only for labels of one line.
     void setElides(bool elides);
 
+    void setTone(TextTone tone);
+
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     void restyle();

@@ -1,8 +1,7 @@
 #include "ui/panel/TranslatorKeyablePanel.h"
 
-#include "ui/components/ControlPainting.h"
 #include "ui/components/FocusRing.h"
-#include "ui/style/Shadow.h"
+#include "ui/components/PanelSurface.h"
 
 #include <QAccessibleWidget>
 #include <QCloseEvent>
@@ -48,7 +47,7 @@ TranslatorKeyablePanel::TranslatorKeyablePanel(const Theme& theme, WindowSystem&
     [[maybe_unused]] static const bool installed =
         (QAccessible::installFactory(makeAccessible), true);
     m_layout->setSpacing(0);
-    m_layout->setContentsMargins(composed() ? shadowMargins() : QMargins());
+    m_layout->setContentsMargins(panelMargins(m_theme));
     new FocusRing(theme, *this);
     connect(&theme, &Theme::changed, this, &TranslatorKeyablePanel::adoptMargins);
 }
@@ -89,21 +88,7 @@ void TranslatorKeyablePanel::presentInFront()
 void TranslatorKeyablePanel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const ThemeColors& colors = m_theme.colors();
-    const QRect panel = rect().marginsRemoved(m_layout->contentsMargins());
-    if (!composed()) {
-        painter.fillRect(panel, colors.window);
-        painter.setPen(blended(colors.controlBorder, colors.window));
-        painter.drawRect(panel.adjusted(0, 0, -1, -1));
-        return;
-    }
-    const double radius = m_theme.tokens().panelRadius();
-    paintShadow(painter, panel, radius);
-    paintRounded(painter, panel, radius, colors.window, colors.windowRim);
-    painter.setPen(QPen(colors.windowBorder, 1));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(panel).adjusted(-0.5, -0.5, 0.5, 0.5), radius + 0.5,
-                            radius + 0.5);
+    paintPanelSurface(painter, rect().marginsRemoved(m_layout->contentsMargins()), m_theme);
 }
 
 void TranslatorKeyablePanel::showEvent(QShowEvent* event)
@@ -120,7 +105,7 @@ void TranslatorKeyablePanel::closeEvent(QCloseEvent* event)
 
 void TranslatorKeyablePanel::adoptMargins()
 {
-    const QMargins margins = composed() ? shadowMargins() : QMargins();
+    const QMargins margins = panelMargins(m_theme);
     if (margins != m_layout->contentsMargins()) {
         const QRect frame = panelFrame();
         m_layout->setContentsMargins(margins);
@@ -136,11 +121,6 @@ void TranslatorKeyablePanel::describe()
     if (QWindow* window = windowHandle()) {
         m_windows.describe(*window, {.shadow = m_layout->contentsMargins(), .skipsTaskbar = true});
     }
-}
-
-bool TranslatorKeyablePanel::composed() const
-{
-    return m_theme.appearance().compositing();
 }
 
 } // namespace zelvane

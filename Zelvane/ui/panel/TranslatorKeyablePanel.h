@@ -61,7 +61,6 @@ private:
     /// Follows the desktop: a shadow's margin appears and goes with its ability to show one.
     void adoptMargins();
     void describe();
-    [[nodiscard]] bool composed() const;
 
     const Theme& m_theme;
     WindowSystem& m_windows;

@@ -43,6 +43,15 @@ public:
     void setCompositing(bool on) { m_compositing = on; }
     [[nodiscard]] QBindable<bool> bindableCompositing() { return &m_compositing; }
 
+    /// Whether the desktop blurs what is behind a translucent window that asks for it.
+    [[nodiscard]] bool blursBehind() const { return m_blursBehind; }
+    void setBlursBehind(bool on) { m_blursBehind = on; }
+    [[nodiscard]] QBindable<bool> bindableBlursBehind() { return &m_blursBehind; }
+
+    [[nodiscard]] bool reducedTransparency() const { return m_reducedTransparency; }
+    void setReducedTransparency(bool on) { m_reducedTransparency = on; }
+    [[nodiscard]] QBindable<bool> bindableReducedTransparency() { return &m_reducedTransparency; }
+
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
     void setReducedMotion(bool on) { m_reducedMotion = on; }
     [[nodiscard]] QBindable<bool> bindableReducedMotion() { return &m_reducedMotion; }
@@ -63,6 +72,10 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(DesktopAppearance, std::optional<QFont>, m_systemFont,
                                &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_compositing, false,
+                                         &DesktopAppearance::changed)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_blursBehind, false,
+                                         &DesktopAppearance::changed)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_reducedTransparency, false,
                                          &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_reducedMotion, false,
                                          &DesktopAppearance::changed)

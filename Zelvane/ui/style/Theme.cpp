@@ -70,6 +70,12 @@ Theme::Theme(StyleTweaker& tokens, DesktopAppearance& appearance)
     });
 }
 
+bool Theme::opaquePanels() const
+{
+    return !m_appearance.compositing() || !m_appearance.blursBehind() ||
+           m_appearance.reducedTransparency() || m_appearance.highContrast();
+}
+
 QFont Theme::font(StyleFontRole role) const
 {
     return fontForRole(role, QGuiApplication::font(),

@@ -23,6 +23,9 @@ public:
     [[nodiscard]] const StyleTweaker& tokens() const { return m_tokens; }
     [[nodiscard]] const DesktopAppearance& appearance() const { return m_appearance; }
     [[nodiscard]] const ThemeColors& colors() const { return m_colors; }
+    /// Whether panels hide what is behind them: no blur takes the edge off it, or the user wants
+    /// so.
+    [[nodiscard]] bool opaquePanels() const;
     /// Scales with the font that the user set for the system.
     [[nodiscard]] QFont font(StyleFontRole role) const;
 

@@ -52,6 +52,8 @@ ThemeColors lightColors()
     c.hairline = black(0.09);
     c.well = opaque(0xffffff);
     c.wellBorder = black(0.09);
+    c.card = opaque(0xffffff);
+    c.cardBorder = black(0.07);
     c.control = opaque(0xffffff);
     c.controlHovered = opaque(0xf1f1f4);
     c.controlPressed = opaque(0xe6e6eb);
@@ -59,8 +61,13 @@ ThemeColors lightColors()
     c.disabledText = opaque(0xa5a5ad);
     c.rowHovered = black(0.05);
     c.scrollHandle = black(0.28);
+    c.track = opaque(0xd3d3da);
+    c.knob = opaque(0xffffff);
+    c.scrim = black(0.22);
     c.success = opaque(0x18794e);
     c.warning = opaque(0xd9750b);
+    c.warningText = opaque(0x9a5200);
+    c.danger = opaque(0xc62f2b);
     return c;
 }
 
@@ -76,6 +83,8 @@ ThemeColors darkColors()
     c.hairline = white(0.1);
     c.well = opaque(0x1b1b1e);
     c.wellBorder = white(0.08);
+    c.card = opaque(0x2e2e33);
+    c.cardBorder = white(0.07);
     c.control = opaque(0x3a3a40);
     c.controlHovered = opaque(0x45454c);
     c.controlPressed = opaque(0x323237);
@@ -83,9 +92,27 @@ ThemeColors darkColors()
     c.disabledText = opaque(0x6c6c75);
     c.rowHovered = white(0.07);
     c.scrollHandle = white(0.32);
+    c.track = opaque(0x4a4a52);
+    c.knob = opaque(0xf4f4f6);
+    c.scrim = black(0.45);
     c.success = opaque(0x5fd39a);
     c.warning = opaque(0xf7b731);
+    c.warningText = opaque(0xf7b731);
+    c.danger = opaque(0xff8279);
     return c;
+}
+
+/// `color`, as much darker or lighter as it takes to be read as a text on both grounds.
+QColor readable(QColor color, const ThemeColors& c, bool dark)
+{
+    constexpr double enough = 4.5;
+    const auto legible = [&] {
+        return contrastRatio(color, c.window) >= enough && contrastRatio(color, c.card) >= enough;
+    };
+    for (int step = 0; step < 20 && !legible(); ++step) {
+        color = blended(dark ? white(0.12) : black(0.12), color);
+    }
+    return color;
 }
 
 void applyAccent(ThemeColors& c, const QColor& accent, bool dark)
@@ -100,6 +127,7 @@ void applyAccent(ThemeColors& c, const QColor& accent, bool dark)
                      : QColor(Qt::white);
     // A ring must stand out from the window, whatever accent the user chose.
     c.focusRing = contrastRatio(accent, c.window) >= 3 ? accent : c.text;
+    c.link = readable(accent, c, dark);
     c.textSelection = withAlpha(accent, dark ? 0.45 : 0.25);
     c.rowSelected = withAlpha(accent, dark ? 0.35 : 0.16);
 }
@@ -108,7 +136,9 @@ void raiseContrast(ThemeColors& c)
 {
     c.secondaryText = c.text;
     c.tertiaryText = c.text;
-    for (QColor* line : {&c.windowBorder, &c.hairline, &c.wellBorder, &c.controlBorder}) {
+    c.track = blended(withAlpha(c.text, 0.55), c.window);
+    for (QColor* line :
+         {&c.windowBorder, &c.hairline, &c.wellBorder, &c.cardBorder, &c.controlBorder}) {
         *line = withAlpha(c.text, 0.65);
     }
 }

@@ -21,6 +21,8 @@ struct ThemeColors
     QColor hairline;      ///< between rows
     QColor well;          ///< behind a text
     QColor wellBorder;
+    QColor card; ///< behind the rows of a form
+    QColor cardBorder;
     QColor control;
     QColor controlHovered;
     QColor controlPressed;
@@ -30,13 +32,19 @@ struct ThemeColors
     QColor accentHovered;
     QColor accentPressed;
     QColor onAccent; ///< text on the accent
+    QColor link;     ///< the accent as the colour of a text
     QColor focusRing;
     QColor textSelection; ///< behind selected text, whose own colour stays
     QColor rowHovered;
     QColor rowSelected;
     QColor scrollHandle;
+    QColor track; ///< a switch that is off, the part of a progress bar that is yet to come
+    QColor knob;  ///< what slides in a track
+    QColor scrim; ///< over a window while a sheet has it
     QColor success;
-    QColor warning;
+    QColor warning;     ///< of symbols
+    QColor warningText; ///< of texts
+    QColor danger;
 
     friend bool operator==(const ThemeColors&, const ThemeColors&) = default;
 };

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ui/style/Theme.h"
+
+#include <QMargins>
+#include <QPainter>
+
+#include <optional>
+
+namespace zelvane {
+
+/// The room around a floating panel that its window needs for the shadow: none where the desktop
+/// can't show one.
+[[nodiscard]] QMargins panelMargins(const Theme& theme);
+
+/// Paints a floating panel into its window: a rounded surface with a soft shadow where the desktop
+/// composes windows, a plain rectangle with a hairline border where it doesn't. The corners are
+/// those of the tokens unless `cornerRadius` is given.
+void paintPanelSurface(QPainter& painter, const QRect& panel, const Theme& theme,
+                       std::optional<double> cornerRadius = std::nullopt);
+
+} // namespace zelvane

@@ -1,0 +1,71 @@
+#include "ui/components/Styling.h"
+
+#include <QEvent>
+
+#include <utility>
+
+namespace zelvane {
+
+namespace {
+
+/// Runs an action whenever its parent gets an event of one type.
+class EventAction final : public QObject
+{
+public:
+    EventAction(QWidget& widget, QEvent::Type type, std::function<void()> action)
+        : QObject(&widget)
+        , m_type(type)
+        , m_action(std::move(action))
+    {
+        widget.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == m_type) {
+            m_action();
+        }
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    std::function<void()> m_action;
+};
+
+} // namespace
+
+void keepStyled(QWidget& widget, const Theme& theme, std::function<void()> restyle)
+{
+    restyle();
+    QObject::connect(&theme, &Theme::changed, &widget, restyle);
+    new EventAction(widget, QEvent::ApplicationFontChange, std::move(restyle));
+}
+
+void keepTranslated(QWidget& widget, std::function<void()> translate)
+{
+    translate();
+    new EventAction(widget, QEvent::LanguageChange, std::move(translate));
+}
+
+void prepareControl(QWidget& widget, const Theme& theme, std::function<double()> radius)
+{
+    widget.setAttribute(Qt::WA_Hover);
+    widget.setFocusPolicy(Qt::StrongFocus);
+    keepStyled(widget, theme, [&widget, radius = std::move(radius)] {
+        widget.setProperty(focusRadiusProperty, radius());
+        widget.update();
+    });
+}
+
+void prepareControl(QWidget& widget, const Theme& theme)
+{
+    prepareControl(widget, theme, [&theme] { return theme.tokens().controlRadius(); });
+}
+
+int controlHeight(const QWidget& widget)
+{
+    return widget.fontMetrics().height() + 13;
+}
+
+} // namespace zelvane
