@@ -1,5 +1,7 @@
 #include "http/NetworkExchange.h"
 
+#include "pipeline/Loopback.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QSslConfiguration>
@@ -12,6 +14,12 @@ namespace zelvane {
 namespace {
 
 constexpr int maximalRedirects = 5;
+
+/// How much of a download waits between Qt's threads. The rest stays with the server.
+constexpr qint64 downloadBuffer = qint64(1) << 20;
+
+/// How much is kept of an answer that explains why there is no download.
+constexpr qint64 maximalRefusal = qint64(64) << 10;
 
 /// A request's body that can't be rewound. Qt repeats a request by itself, up to three times, when
 /// the server closes the connection; a translation is paid for, so it must not do that.
@@ -80,6 +88,15 @@ bool isSameOrigin(const QUrl& a, const QUrl& b)
            a.port(defaultPort) == b.port(defaultPort);
 }
 
+/// Whether a download may be continued at `target`, another origin than that of `current`.
+bool maySendTo(const QUrl& target, const QUrl& current)
+{
+    const bool isHttps = target.scheme() == QStringLiteral("https");
+    const bool staysPlain = current.scheme() == QStringLiteral("http") &&
+                            target.scheme() == QStringLiteral("http") && isLoopback(target);
+    return !target.host().isEmpty() && (isHttps || staysPlain);
+}
+
 /// The failures below the level of HTTP; none for those that stand for a status of the answer.
 std::optional<NetworkFailure> connectionFailure(QNetworkReply::NetworkError error)
 {
@@ -117,9 +134,10 @@ std::optional<NetworkFailure> connectionFailure(QNetworkReply::NetworkError erro
 } // namespace
 
 NetworkExchange::NetworkExchange(QNetworkAccessManager& manager, HttpRequest request,
-                                 Listener listener)
+                                 std::optional<DownloadTarget> target, Listener listener)
     : m_manager(manager)
     , m_request(std::move(request))
+    , m_target(std::move(target))
     , m_listener(std::move(listener))
 {
     sendRequest();
@@ -145,6 +163,7 @@ void NetworkExchange::sendRequest()
     dropReply();
     m_newConnection = false;
     m_body.clear();
+    m_received = 0;
     QNetworkRequest request = networkRequest(m_request);
     QIODevice* body = nullptr;
     if (!m_request.body.isEmpty()) {
@@ -154,6 +173,9 @@ void NetworkExchange::sendRequest()
     m_reply = m_manager.sendCustomRequest(request, m_request.method, body);
     if (body != nullptr) {
         body->setParent(m_reply);
+    }
+    if (m_target && m_limitsBuffer) {
+        m_reply->setReadBufferSize(downloadBuffer);
     }
     connect(m_reply, &QNetworkReply::socketStartedConnecting, this,
             [this] { m_newConnection = true; });
@@ -169,17 +191,68 @@ void NetworkExchange::readHead()
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
     if (length.toLongLong() > m_request.maximalBodySize) {
         fail(NetworkFailure::tooLarge);
+        return;
+    }
+    if (isFile() && !length.isValid() && m_limitsBuffer) {
+        m_limitsBuffer = false;
+        sendRequest();
+        return;
+    }
+    if (isFile() && !m_file) {
+        auto file = DownloadFile::create(m_target->path);
+        if (!file) {
+            fail(file.error());
+            return;
+        }
+        m_file.emplace(std::move(*file));
+        m_target->state->expectedBytes = length.isValid() ? length.toLongLong() : -1;
     }
 }
 
 void NetworkExchange::readBody()
 {
     m_listener.heard();
+    if (m_target) {
+        isFile() ? storeBody() : readRefusal();
+        return;
+    }
     // One byte more than allowed tells the difference.
-    const qint64 room = m_request.maximalBodySize - m_body.size();
+    const qint64 room = m_request.maximalBodySize - m_received;
     m_body += m_reply->read(room + 1);
-    if (m_body.size() > m_request.maximalBodySize) {
+    m_received = m_body.size();
+    if (m_received > m_request.maximalBodySize) {
         fail(NetworkFailure::tooLarge);
+    }
+}
+
+void NetworkExchange::storeBody()
+{
+    while (m_reply->bytesAvailable() > 0) {
+        const QByteArray bytes = m_reply->read(downloadBuffer);
+        m_received += bytes.size();
+        if (m_received > m_request.maximalBodySize) {
+            fail(NetworkFailure::tooLarge);
+            return;
+        }
+        if (const auto stored = m_file->append(bytes); !stored) {
+            fail(stored.error());
+            return;
+        }
+        m_target->state->writtenBytes = m_received;
+    }
+}
+
+void NetworkExchange::readRefusal()
+{
+    m_body += m_reply->read(maximalRefusal - m_body.size());
+    m_received = m_body.size();
+    if (m_body.size() < maximalRefusal) {
+        return;
+    }
+    if (redirect()) {
+        sendRequest();
+    } else {
+        deliver();
     }
 }
 
@@ -197,6 +270,24 @@ void NetworkExchange::finish()
         fail(*reason);
         return;
     }
+    if (const auto kept = keepFile(); !kept) {
+        fail(kept.error());
+        return;
+    }
+    deliver();
+}
+
+std::expected<void, NetworkFailure> NetworkExchange::keepFile()
+{
+    if (!m_file) {
+        return {};
+    }
+    m_target->state->isComplete = true;
+    return m_file->keep();
+}
+
+void NetworkExchange::deliver()
+{
     HttpResponse response;
     response.status = statusCode();
     for (const auto& [name, value] : m_reply->rawHeaderPairs()) {
@@ -210,6 +301,7 @@ void NetworkExchange::finish()
 void NetworkExchange::fail(NetworkFailure failure)
 {
     dropReply();
+    m_file.reset();
     m_listener.failed(failure);
 }
 
@@ -231,7 +323,10 @@ bool NetworkExchange::redirect()
     }
     const QUrl target = m_request.url.resolved(QUrl::fromEncoded(location));
     if (!isSameOrigin(m_request.url, target)) {
-        return false;
+        if (!m_target || !maySendTo(target, m_request.url)) {
+            return false;
+        }
+        m_request.headers.clear();
     }
     ++m_redirects;
     m_request.url = target;
@@ -268,7 +363,13 @@ bool NetworkExchange::isTruncated() const
     const bool hasUnknownEnd = m_reply->error() == QNetworkReply::ContentReSendError &&
                                m_reply->hasRawHeader("Transfer-Encoding");
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
-    return hasUnknownEnd || (m_request.method != "HEAD" && m_body.size() < length.toLongLong());
+    return hasUnknownEnd || (m_request.method != "HEAD" && m_received < length.toLongLong());
+}
+
+bool NetworkExchange::isFile() const
+{
+    const int status = statusCode();
+    return m_target && status >= 200 && status < 300;
 }
 
 int NetworkExchange::statusCode() const

@@ -20,6 +20,9 @@ TransportError::Kind kindOf(NetworkFailure failure)
         return TransportError::Kind::tooLarge;
     case NetworkFailure::truncated:
         return TransportError::Kind::truncated;
+    case NetworkFailure::diskFull:
+    case NetworkFailure::notStored:
+        return TransportError::Kind::storage;
     default:
         return TransportError::Kind::connection;
     }
@@ -58,6 +61,10 @@ QString textOf(NetworkFailure failure, const QString& host)
         return about(LOCALIZATION_KEY("The answer of %@ is too large."));
     case NetworkFailure::truncated:
         return about(LOCALIZATION_KEY("The answer of %@ is incomplete."));
+    case NetworkFailure::diskFull:
+        return localizedText(QStringLiteral("The disk is full."));
+    case NetworkFailure::notStored:
+        return localizedText(QStringLiteral("The download could not be written to the disk."));
     }
     Q_UNREACHABLE();
 }

@@ -21,6 +21,8 @@ enum class NetworkFailure {
     tooLong, ///< the whole exchange, however lively
     tooLarge,
     truncated,
+    diskFull,
+    notStored,
 };
 
 /// The failure as the user reads it. `host` is all of the address that the text tells: the rest may

@@ -51,13 +51,48 @@ void check(const HttpRequest& request)
     }
 }
 
+/// Reports a download's progress from time to time.
+class ProgressReport
+{
+public:
+    ProgressReport(std::shared_ptr<const DownloadState> state, DownloadListener listener)
+        : m_state(std::move(state))
+        , m_listener(std::move(listener))
+    {
+    }
+
+    /// Whether the server has been heard of, or need not be, since the last call.
+    [[nodiscard]] bool isAlive()
+    {
+        const quint32 signs = m_state->signsOfLife;
+        return std::exchange(m_signs, signs) != signs || m_state->isComplete;
+    }
+
+    void tell()
+    {
+        const qint64 written = m_state->writtenBytes;
+        if (!m_listener || std::exchange(m_told, written) == written) {
+            return;
+        }
+        const qint64 expected = m_state->expectedBytes;
+        m_listener({written, expected < 0 ? std::nullopt : std::optional(expected)});
+    }
+
+private:
+    std::shared_ptr<const DownloadState> m_state;
+    DownloadListener m_listener;
+    quint32 m_signs = 0;
+    qint64 m_told = 0;
+};
+
 } // namespace
 
 /// The network's side: owns Qt's network access and the exchanges on it.
 class NetworkThread final : public QObject
 {
 public:
-    void start(quint64 id, const HttpRequest& request, NetworkExchange::Listener listener)
+    void start(quint64 id, const HttpRequest& request, const std::optional<DownloadTarget>& target,
+               NetworkExchange::Listener listener)
     {
         if (!m_manager) {
             m_manager = std::make_unique<QNetworkAccessManager>();
@@ -76,7 +111,8 @@ public:
             end();
             next(failure);
         };
-        m_exchanges.insert(id, new NetworkExchange(*m_manager, request, std::move(listener)));
+        m_exchanges.insert(id,
+                           new NetworkExchange(*m_manager, request, target, std::move(listener)));
     }
 
     void dropConnections()
@@ -102,11 +138,17 @@ NetworkHttpTransport::NetworkHttpTransport(Clock& clock)
 
 NetworkHttpTransport::~NetworkHttpTransport()
 {
-    for (const auto calls = m_calls; const auto& call : calls) {
+    const auto calls = m_calls;
+    for (const auto& call : calls) {
         call->outcome.fail(CancellationError());
     }
-    m_thread.quit();
-    m_thread.wait();
+    for (Lane* lane : {&m_exchanges, &m_downloads}) {
+        lane->thread.quit();
+        lane->thread.wait();
+    }
+    for (const auto& call : calls) {
+        call->ended.succeed();
+    }
 }
 
 QCoro::Task<HttpResponse> NetworkHttpTransport::send(HttpRequest request, std::stop_token stop)
@@ -116,84 +158,84 @@ QCoro::Task<HttpResponse> NetworkHttpTransport::send(HttpRequest request, std::s
     }
     check(request);
     const quint64 id = m_nextId++;
-    const auto call = std::make_shared<Call>();
-    call->host = request.url.host();
-    call->timeout = request.timeout;
-    m_calls.insert(id, call);
+    const auto call = makeCall(id, request);
     const auto forget = qScopeGuard([this, id] {
         m_calls.remove(id);
-        m_lastUse = m_clock.now();
-        abortOnNetwork(id);
+        m_exchanges.lastUse = m_clock.now();
+        abortOnNetwork(m_exchanges, id);
     });
-    dropOldConnections();
-    startOnNetwork(id, request);
+    startOnNetwork(m_exchanges, id, request, std::nullopt, listenerOf(id));
     limitSilence(*call);
-    const auto total = m_clock.callLater(totalLimit, [outcome = call->outcome, host = call->host] {
-        outcome.fail(transportError(NetworkFailure::tooLong, host));
-    });
+    const auto total = limitWhole(request, *call);
     const std::stop_callback onStop(
         stop, [outcome = call->outcome] { outcome.fail(CancellationError()); });
     co_return co_await call->outcome.result();
 }
 
-void NetworkHttpTransport::startThread()
+QCoro::Task<HttpResponse> NetworkHttpTransport::download(HttpRequest request, QString destination,
+                                                         DownloadListener progress,
+                                                         std::stop_token stop)
 {
-    m_network = new NetworkThread;
-    m_network->moveToThread(&m_thread);
-    QObject::connect(&m_thread, &QThread::finished, m_network, &QObject::deleteLater);
-    m_thread.setObjectName(QStringLiteral("http"));
-    m_thread.start();
-}
-
-void NetworkHttpTransport::startOnNetwork(quint64 id, const HttpRequest& request)
-{
-    if (m_network == nullptr) {
-        startThread();
+    if (stop.stop_requested()) {
+        throw CancellationError();
     }
-    // Runs a report on this object's thread, unless the call has ended meanwhile.
-    const auto report = [this, id](auto effect) {
-        QMetaObject::invokeMethod(
-            &m_mailbox,
-            [this, id, effect = std::move(effect)] {
-                if (const auto call = callOf(id)) {
-                    effect(*call);
-                }
-            },
-            Qt::QueuedConnection);
-    };
-    NetworkExchange::Listener listener{
-        .heard = [this, report] { report([this](Call& call) { limitSilence(call); }); },
-        .succeeded =
-            [report](HttpResponse response) {
-                report([response](Call& call) { call.outcome.succeed(response); });
-            },
-        .failed =
-            [report](NetworkFailure failure) {
-                report([failure](Call& call) {
-                    call.outcome.fail(transportError(failure, call.host));
-                });
-            },
-    };
-    QMetaObject::invokeMethod(
-        m_network,
-        [network = m_network, id, request, listener] { network->start(id, request, listener); },
-        Qt::QueuedConnection);
-}
+    check(request);
+    const quint64 id = m_nextId++;
+    const auto call = makeCall(id, request);
+    const auto forget = qScopeGuard([this, id] {
+        m_calls.remove(id);
+        m_downloads.lastUse = m_clock.now();
+    });
+    const auto state = std::make_shared<DownloadState>();
+    NetworkExchange::Listener listener = listenerOf(id);
+    listener.heard = [state] { ++state->signsOfLife; };
+    startOnNetwork(m_downloads, id, request, DownloadTarget{destination, state}, listener);
+    limitSilence(*call);
+    const auto total = limitWhole(request, *call);
+    ProgressReport report(state, std::move(progress));
+    const auto tick = m_clock.callEvery(progressInterval, progressInterval / 4, [&] {
+        if (report.isAlive()) {
+            limitSilence(*call);
+        }
+        if (!call->outcome.isDecided()) {
+            report.tell();
+        }
+    });
+    const std::stop_callback onStop(
+        stop, [outcome = call->outcome] { outcome.fail(CancellationError()); });
 
-void NetworkHttpTransport::abortOnNetwork(quint64 id)
-{
-    QMetaObject::invokeMethod(
-        m_network, [network = m_network, id] { network->abort(id); }, Qt::QueuedConnection);
-}
-
-void NetworkHttpTransport::dropOldConnections()
-{
-    const qint64 unused = m_lastUse.secsTo(m_clock.now());
-    const bool isOld = unused < 0 || unused >= keptFor.count();
-    if (m_network != nullptr && isOld) {
-        QMetaObject::invokeMethod(
-            m_network, [network = m_network] { network->dropConnections(); }, Qt::QueuedConnection);
+    std::exception_ptr failure;
+    HttpResponse response;
+    try {
+        response = co_await call->outcome.result();
+    } catch (...) {
+        failure = std::current_exception();
     }
+    abortOnNetwork(m_downloads, id);
+    co_await call->ended.result();
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    report.tell();
+    co_return response;
+}
+
+std::shared_ptr<NetworkHttpTransport::Call>
+NetworkHttpTransport::makeCall(quint64 id, const HttpRequest& request)
+{
+    const auto call = std::make_shared<Call>();
+    call->host = request.url.host();
+    call->timeout = request.timeout;
+    m_calls.insert(id, call);
+    return call;
+}
+
+std::unique_ptr<Timer> NetworkHttpTransport::limitWhole(const HttpRequest& request,
+                                                        const Call& call)
+{
+    return m_clock.callLater(request.totalTimeout, [outcome = call.outcome, host = call.host] {
+        outcome.fail(transportError(NetworkFailure::tooLong, host));
+    });
 }
 
 void NetworkHttpTransport::limitSilence(Call& call)
@@ -201,6 +243,84 @@ void NetworkHttpTransport::limitSilence(Call& call)
     call.silence = m_clock.callLater(call.timeout, [outcome = call.outcome, host = call.host] {
         outcome.fail(transportError(NetworkFailure::silence, host));
     });
+}
+
+NetworkExchange::Listener NetworkHttpTransport::listenerOf(quint64 id)
+{
+    return {
+        .heard = [this, id] { report(id, [this](Call& call) { limitSilence(call); }); },
+        .succeeded =
+            [this, id](HttpResponse response) {
+                report(id, [response](Call& call) { call.outcome.succeed(response); });
+            },
+        .failed =
+            [this, id](NetworkFailure failure) {
+                report(id, [failure](Call& call) {
+                    call.outcome.fail(transportError(failure, call.host));
+                });
+            },
+    };
+}
+
+void NetworkHttpTransport::report(quint64 id, std::function<void(Call&)> effect)
+{
+    QMetaObject::invokeMethod(
+        &m_mailbox,
+        [this, id, effect = std::move(effect)] {
+            if (const auto call = m_calls.value(id)) {
+                effect(*call);
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void NetworkHttpTransport::startThread(Lane& lane)
+{
+    lane.network = new NetworkThread;
+    lane.network->moveToThread(&lane.thread);
+    QObject::connect(&lane.thread, &QThread::finished, lane.network, &QObject::deleteLater);
+    lane.thread.setObjectName(&lane == &m_downloads ? QStringLiteral("downloads")
+                                                    : QStringLiteral("http"));
+    lane.thread.start();
+}
+
+void NetworkHttpTransport::startOnNetwork(Lane& lane, quint64 id, const HttpRequest& request,
+                                          const std::optional<DownloadTarget>& target,
+                                          const NetworkExchange::Listener& listener)
+{
+    if (lane.network == nullptr) {
+        startThread(lane);
+    } else {
+        dropOldConnections(lane);
+    }
+    QMetaObject::invokeMethod(
+        lane.network,
+        [network = lane.network, id, request, target, listener] {
+            network->start(id, request, target, listener);
+        },
+        Qt::QueuedConnection);
+}
+
+void NetworkHttpTransport::abortOnNetwork(Lane& lane, quint64 id)
+{
+    QMetaObject::invokeMethod(
+        lane.network,
+        [this, network = lane.network, id] {
+            network->abort(id);
+            report(id, [](Call& call) { call.ended.succeed(); });
+        },
+        Qt::QueuedConnection);
+}
+
+void NetworkHttpTransport::dropOldConnections(Lane& lane)
+{
+    const qint64 unused = lane.lastUse.secsTo(m_clock.now());
+    const bool isOld = unused < 0 || unused >= keptFor.count();
+    if (isOld) {
+        QMetaObject::invokeMethod(
+            lane.network, [network = lane.network] { network->dropConnections(); },
+            Qt::QueuedConnection);
+    }
 }
 
 } // namespace zelvane
