@@ -6,6 +6,7 @@
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/unorm.h>
 
 #include <memory>
 
@@ -56,8 +57,23 @@ bool isLineSpace(QChar c)
 
 bool isSpaceOrNewline(QChar c)
 {
-    return isLineSpace(c) || (c >= u'\n' && c <= u'\r') || c == QChar(0x85) ||
-           c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph;
+    return isWhiteSpace(c.unicode());
+}
+
+/// The code point at the start of `text`, which isn't empty.
+char32_t firstCodePoint(QStringView text)
+{
+    const bool isPair = text.size() > 1 && text[0].isHighSurrogate() && text[1].isLowSurrogate();
+    return isPair ? QChar::surrogateToUcs4(text[0], text[1]) : text[0].unicode();
+}
+
+/// Whether a single unit of ASCII is sure to be the first user-perceived character. No carriage
+/// return is, which may be one with a newline.
+bool startsWithAsciiCharacter(QStringView text)
+{
+    const auto isAscii = [](QChar unit) { return unit < QChar(0x80); };
+    return !text.isEmpty() && isAscii(text[0]) && text[0] != u'\r' &&
+           (text.size() == 1 || isAscii(text[1]));
 }
 
 icu::UnicodeString toIcu(const QString& text)
@@ -126,6 +142,35 @@ QString trimmedWithinLine(const QString& text)
     return trimmedBy(text, isLineSpace).toString();
 }
 
+bool isWhiteSpace(char32_t codePoint)
+{
+    return u_isUWhiteSpace(static_cast<UChar32>(codePoint)) != 0;
+}
+
+bool isNumber(char32_t codePoint)
+{
+    const auto type = u_getIntPropertyValue(static_cast<UChar32>(codePoint), UCHAR_NUMERIC_TYPE);
+    return type != U_NT_NONE;
+}
+
+qsizetype leadingLength(QStringView text, bool (*belongs)(char32_t))
+{
+    qsizetype length = 0;
+    while (startsWithAsciiCharacter(text.sliced(length))) {
+        if (!belongs(text[length].unicode())) {
+            return length;
+        }
+        ++length;
+    }
+    const QStringView rest = text.sliced(length);
+    const Clusters clusters(rest);
+    qsizetype more = clusters->first();
+    while (more < rest.size() && belongs(firstCodePoint(rest.sliced(more)))) {
+        more = clusters->next();
+    }
+    return length + more;
+}
+
 bool isBlank(QStringView text)
 {
     return trimmedBy(text, isSpaceOrNewline).isEmpty();
@@ -150,6 +195,28 @@ QString withFirstUpperCased(const QString& text, const QLocale& locale)
 bool isLowercase(char32_t codePoint)
 {
     return u_isULowercase(static_cast<UChar32>(codePoint)) != 0;
+}
+
+bool startsLowercase(const QString& text)
+{
+    const QString first = firstCharacters(text, 1);
+    if (first.isEmpty()) {
+        return false;
+    }
+    const char32_t codePoint = firstCodePoint(first);
+    const bool isSingle = first.size() == QChar::requiresSurrogates(codePoint) + 1;
+    return (isSingle && isLowercase(codePoint)) ||
+           (lowerCased(first) == first && upperCased(first) != first);
+}
+
+bool equalIgnoringCase(const QString& left, const QString& right)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const auto order = unorm_compare(
+        reinterpret_cast<const UChar*>(left.utf16()), static_cast<int32_t>(left.size()),
+        reinterpret_cast<const UChar*>(right.utf16()), static_cast<int32_t>(right.size()),
+        U_COMPARE_IGNORE_CASE, &status);
+    return U_SUCCESS(status) && order == 0;
 }
 
 QString composed(const QString& text)

@@ -22,6 +22,16 @@ namespace zelvane::text {
 /// `text` without white space at both ends, newlines staying: the general category Zs and U+0009.
 [[nodiscard]] QString trimmedWithinLine(const QString& text);
 
+/// Whether `trimmed` takes the code point away.
+[[nodiscard]] bool isWhiteSpace(char32_t codePoint);
+
+/// Whether the code point stands for a number in any script: digits, but also ½ or Ⅳ.
+[[nodiscard]] bool isNumber(char32_t codePoint);
+
+/// The length of the run of user-perceived characters at the start of `text` whose first code point
+/// `belongs` to it, in UTF-16 code units.
+[[nodiscard]] qsizetype leadingLength(QStringView text, bool (*belongs)(char32_t codePoint));
+
 /// True if nothing is left of `text` after `trimmed`.
 [[nodiscard]] bool isBlank(QStringView text);
 
@@ -34,6 +44,13 @@ namespace zelvane::text {
 
 /// Whether the code point has Unicode's Lowercase property.
 [[nodiscard]] bool isLowercase(char32_t codePoint);
+
+/// Whether the first user-perceived character of `text` is a lower-case one. What has no case
+/// isn't.
+[[nodiscard]] bool startsLowercase(const QString& text);
+
+/// Whether the texts differ in nothing but case and in how their characters are composed.
+[[nodiscard]] bool equalIgnoringCase(const QString& left, const QString& right);
 
 /// Unicode's canonical composition (NFC).
 [[nodiscard]] QString composed(const QString& text);

@@ -64,6 +64,67 @@ TEST(Text, blankMeansNothingButSpacesAndNewlines)
     EXPECT_FALSE(text::isBlank(QStringLiteral(" . ")));
 }
 
+TEST(Text, knowsWhiteSpace)
+{
+    for (const char32_t space :
+         U" \t\n\v\f\r\u0085\u00a0\u1680\u2003\u2028\u2029\u202f\u205f\u3000") {
+        EXPECT_EQ(text::isWhiteSpace(space), space != 0) << uint32_t(space);
+    }
+    EXPECT_FALSE(text::isWhiteSpace(U'a'));
+    EXPECT_FALSE(text::isWhiteSpace(U'\u200b'));
+    EXPECT_FALSE(text::isWhiteSpace(U'\u001f'));
+}
+
+TEST(Text, knowsTheNumbersOfAllScripts)
+{
+    for (const char32_t number : {U'0', U'9', U'٣', U'½', U'Ⅳ', U'①', U'三', U'𝟙'}) {
+        EXPECT_TRUE(text::isNumber(number)) << uint32_t(number);
+    }
+    EXPECT_FALSE(text::isNumber(U'a'));
+    EXPECT_FALSE(text::isNumber(U'.'));
+}
+
+TEST(Text, measuresARunOfWholeCharacters)
+{
+    const auto digits = [](const QString& text) {
+        return text::leadingLength(text, text::isNumber);
+    };
+    EXPECT_EQ(digits(QStringLiteral("12a3")), 2);
+    EXPECT_EQ(digits(QStringLiteral("a12")), 0);
+    EXPECT_EQ(digits(QStringLiteral("12")), 2);
+    EXPECT_EQ(digits(QString()), 0);
+    EXPECT_EQ(digits(QStringLiteral("1\ufe0f\u20e32x")), 4); // a keycap is one character
+    EXPECT_EQ(digits(QStringLiteral("2𝟙.")), 3);
+    const auto spaces = [](const QString& text) {
+        return text::leadingLength(text, text::isWhiteSpace);
+    };
+    EXPECT_EQ(spaces(QStringLiteral(" \r\n\u3000 x")), 5);
+    EXPECT_EQ(spaces(QStringLiteral("\r")), 1);
+}
+
+TEST(Text, comparesWithoutCaseAndComposition)
+{
+    const auto equal = [](const char16_t* left, const char16_t* right) {
+        return text::equalIgnoringCase(QString::fromUtf16(left), QString::fromUtf16(right));
+    };
+    EXPECT_TRUE(equal(u"Apple", u"aPPLE"));
+    EXPECT_TRUE(equal(u"\u00c9t\u00e9", u"e\u0301te\u0301"));
+    EXPECT_TRUE(equal(u"Straße", u"STRASSE"));
+    EXPECT_TRUE(equal(u"", u""));
+    EXPECT_FALSE(equal(u"apple", u"apples"));
+    EXPECT_FALSE(equal(u"ete", u"été"));
+}
+
+TEST(Text, tellsWhetherTheFirstCharacterIsLowerCase)
+{
+    for (const char16_t* lower : {u"a", u"ß", u"ª", u"e\u0301A", u"éA", u"𝒶", u"ﬁ"}) {
+        EXPECT_TRUE(text::startsLowercase(QString::fromUtf16(lower)));
+    }
+    for (const char16_t* other : {u"", u"A", u"E\u0301a", u"1a", u"-a", u" a", u"あ", u"ǅ"}) {
+        EXPECT_FALSE(text::startsLowercase(QString::fromUtf16(other)));
+    }
+}
+
 TEST(Text, mapsCaseByTheFullRulesInEveryLocale)
 {
     EXPECT_EQ(text::lowerCased(QStringLiteral("ÄΟΣ Iİ")), QStringLiteral("äος ii\u0307"));
