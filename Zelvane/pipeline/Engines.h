@@ -73,9 +73,9 @@ public:
     virtual ~GlossaryLookup() = default;
     Q_DISABLE_COPY_MOVE(GlossaryLookup)
 
-    /// One optional match for each line, in order.
+    /// One optional match for each line, in order. The languages are those of the request.
     [[nodiscard]] virtual QCoro::Task<std::vector<std::optional<GlossaryMatch>>>
-    lookup(QStringList lines, QString sourceLanguage, QString targetLanguage) = 0;
+    matches(QStringList lines, QString source, QString target, std::stop_token stop) = 0;
 };
 
 } // namespace zelvane

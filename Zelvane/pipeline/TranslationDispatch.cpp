@@ -130,8 +130,8 @@ QCoro::Task<QString> TranslationDispatch::translateWithGlossary(TranslationReque
     const QStringList lines = request.text.split(u'\n');
     Matches matches(size_t(lines.size()));
     if (m_engines.glossary) {
-        matches = co_await m_engines.glossary->lookup(lines, request.sourceLanguage,
-                                                      request.targetLanguage);
+        matches = co_await m_engines.glossary->matches(lines, request.sourceLanguage,
+                                                       request.targetLanguage, stop);
         matches.resize(size_t(lines.size())); // whatever the dictionaries answer
     }
     const auto hits = std::ranges::count_if(matches, [](const auto& m) { return m.has_value(); });

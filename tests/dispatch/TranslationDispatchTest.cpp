@@ -78,17 +78,19 @@ class FakeGlossary final : public GlossaryLookup
 {
 public:
     [[nodiscard]] QCoro::Task<std::vector<std::optional<GlossaryMatch>>>
-    lookup(QStringList lines, QString source, QString target) override
+    matches(QStringList lines, QString source, QString target, std::stop_token stop) override
     {
+        if (stop.stop_requested()) {
+            throw CancellationError();
+        }
         asked = lines;
         languages = {source, target};
-        std::vector<std::optional<GlossaryMatch>> matches;
+        std::vector<std::optional<GlossaryMatch>> found;
         for (const QString& line : std::as_const(lines)) {
-            matches.push_back(known.contains(line) ? std::optional(known.value(line))
-                                                   : std::nullopt);
+            found.push_back(known.contains(line) ? std::optional(known.value(line)) : std::nullopt);
         }
-        matches.resize(std::min(matches.size(), longestAnswer));
-        co_return matches;
+        found.resize(std::min(found.size(), longestAnswer));
+        co_return found;
     }
 
     std::size_t longestAnswer = 1000;
@@ -515,6 +517,15 @@ TEST_F(OfflineDispatch, aFailedRunEndsTheTranslation)
     smart.failAt = 2;
     EXPECT_EQ(codeOf([&] { run(QStringLiteral("a\ndog\nb\ndog\nc")); }), Code::offlineEngineBusy);
     EXPECT_EQ(smart.requests.size(), 2);
+}
+
+TEST_F(OfflineDispatch, aStopEndsTheLookUpToo)
+{
+    knowReplacement(QStringLiteral("dog"), QString(), QStringLiteral("Hund"));
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(await(dispatch.runRequest(request(QStringLiteral("dog")), stop.get_token())),
+                 CancellationError);
 }
 
 TEST_F(OfflineDispatch, linesThatTheGlossaryLeavesOutHaveNoMatch)
