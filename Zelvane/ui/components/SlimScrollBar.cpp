@@ -23,6 +23,20 @@ SlimScrollBar::SlimScrollBar(const Theme& theme, QWidget* parent)
     connect(&theme, &Theme::changed, this, [this] { update(); });
 }
 
+void SlimScrollBar::follow(QScrollBar& inner)
+{
+    const auto adopt = [this, &inner] {
+        setRange(inner.minimum(), inner.maximum());
+        setPageStep(inner.pageStep());
+        setSingleStep(inner.singleStep());
+        setVisible(inner.maximum() > inner.minimum());
+    };
+    connect(&inner, &QScrollBar::rangeChanged, this, adopt);
+    connect(&inner, &QScrollBar::valueChanged, this, &QScrollBar::setValue);
+    connect(this, &QScrollBar::valueChanged, &inner, &QScrollBar::setValue);
+    adopt();
+}
+
 QSize SlimScrollBar::sizeHint() const
 {
     return {barWidth, barWidth};

@@ -15,6 +15,10 @@ public:
     /// `theme` must outlive the scroll bar.
     explicit SlimScrollBar(const Theme& theme, QWidget* parent = nullptr);
 
+    /// Stands in for `inner`, the hidden scroll bar of an area, and shows only while there is
+    /// something to scroll. `inner` must belong to the same window.
+    void follow(QScrollBar& inner);
+
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:

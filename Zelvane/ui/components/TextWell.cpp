@@ -97,17 +97,7 @@ void TextWell::connectScrollBar()
     QScrollBar* sideways = m_editor->horizontalScrollBar();
     connect(sideways, &QScrollBar::rangeChanged, this, [sideways] { sideways->setRange(0, 0); });
 
-    QScrollBar* inner = m_editor->verticalScrollBar();
-    const auto follow = [this, inner] {
-        m_scrollBar->setRange(inner->minimum(), inner->maximum());
-        m_scrollBar->setPageStep(inner->pageStep());
-        m_scrollBar->setSingleStep(inner->singleStep());
-        m_scrollBar->setVisible(inner->maximum() > inner->minimum());
-    };
-    connect(inner, &QScrollBar::rangeChanged, this, follow);
-    connect(inner, &QScrollBar::valueChanged, m_scrollBar, &QScrollBar::setValue);
-    connect(m_scrollBar, &QScrollBar::valueChanged, inner, &QScrollBar::setValue);
-    follow();
+    m_scrollBar->follow(*m_editor->verticalScrollBar());
 }
 
 void TextWell::setReadOnlyText(const QString& text)

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ui/style/Theme.h"
+
+#include <QScrollArea>
+
+namespace zelvane {
+
+class SlimScrollBar;
+
+/// A content that scrolls up and down, with a thin scroll bar over its edge. What gets the keyboard
+/// comes into view.
+class ScrollArea final : public QScrollArea
+{
+    Q_OBJECT
+
+public:
+    /// `theme` must outlive the area.
+    explicit ScrollArea(const Theme& theme, QWidget* parent = nullptr);
+
+    /// Shows `content` at the area's width, and takes it over.
+    void setContent(QWidget* content);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void placeBar();
+
+    SlimScrollBar* m_bar; ///< owned by Qt's tree
+};
+
+} // namespace zelvane
