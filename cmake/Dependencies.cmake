@@ -3,6 +3,7 @@
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Network DBus Gui Widgets Svg)
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Coro Core Network DBus)
 find_package(ICU 72 REQUIRED COMPONENTS uc i18n)
+find_package(SQLite3 3.40 REQUIRED)
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 

@@ -111,31 +111,84 @@ std::expected<std::optional<QByteArray>, FileFailure> readFile(const QString& pa
     }
 }
 
+FileError::FileError(FileFailure failure)
+    : m_failure(std::move(failure))
+{
+}
+
+QString FileError::description() const
+{
+    return m_failure.path + QStringLiteral(": ") + m_failure.reason;
+}
+
+std::expected<DurableFileWriter, FileFailure> DurableFileWriter::create(const QString& path,
+                                                                        const QString& temporary)
+{
+    ::unlink(
+        QFile::encodeName(temporary).constData()); // of a process that was killed in the middle
+    Descriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL);
+    if (!file.isOpen()) {
+        return failure(temporary);
+    }
+    return DurableFileWriter(file.release(), path, temporary);
+}
+
+DurableFileWriter::DurableFileWriter(int descriptor, QString path, QString temporary)
+    : m_descriptor(descriptor)
+    , m_path(std::move(path))
+    , m_temporary(std::move(temporary))
+{
+}
+
+DurableFileWriter::DurableFileWriter(DurableFileWriter&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1))
+    , m_path(std::move(other.m_path))
+    , m_temporary(std::move(other.m_temporary))
+{
+}
+
+DurableFileWriter::~DurableFileWriter()
+{
+    if (m_descriptor >= 0) {
+        ::close(m_descriptor);
+        ::unlink(QFile::encodeName(m_temporary).constData());
+    }
+}
+
+std::expected<void, FileFailure> DurableFileWriter::append(QByteArrayView bytes)
+{
+    if (!writeAll(m_descriptor, bytes)) {
+        return failure(m_temporary);
+    }
+    return {};
+}
+
+std::expected<void, FileFailure> DurableFileWriter::commit()
+{
+    if (!syncToDisk(m_descriptor)) {
+        return failure(m_temporary);
+    }
+    if (::rename(QFile::encodeName(m_temporary).constData(),
+                 QFile::encodeName(m_path).constData()) != 0) {
+        return failure(m_path);
+    }
+    ::close(std::exchange(m_descriptor, -1));
+    syncDirectory(QFileInfo(m_path).path());
+    return {};
+}
+
 std::expected<void, FileFailure> replaceDurably(const QString& path, const QByteArray& bytes)
 {
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const QString target = canonical.isEmpty() ? path : canonical;
-    const QString temporary = target + QStringLiteral(".new");
-    const QByteArray temporaryName = QFile::encodeName(temporary);
-    ::unlink(temporaryName.constData()); // of a process that was killed in the middle
-    {
-        const Descriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL);
-        if (!file.isOpen()) {
-            return failure(temporary);
-        }
-        if (!writeAll(file.get(), bytes) || !syncToDisk(file.get())) {
-            const auto failed = failure(temporary);
-            ::unlink(temporaryName.constData());
-            return failed;
-        }
+    auto writer = DurableFileWriter::create(target, target + QStringLiteral(".new"));
+    if (!writer) {
+        return std::unexpected(writer.error());
     }
-    if (::rename(temporaryName.constData(), QFile::encodeName(target).constData()) != 0) {
-        const auto failed = failure(target);
-        ::unlink(temporaryName.constData());
-        return failed;
+    if (auto written = writer->append(bytes); !written) {
+        return written;
     }
-    syncDirectory(QFileInfo(target).path());
-    return {};
+    return writer->commit();
 }
 
 std::expected<void, FileFailure> makePrivateDirectory(const QString& path)
@@ -161,16 +214,34 @@ std::expected<FileLock, FileFailure> FileLock::acquire(const QString& path,
 {
     constexpr auto pause = std::chrono::milliseconds(5);
     const auto deadline = std::chrono::steady_clock::now() + limit;
+    for (;;) {
+        auto lock = tryAcquire(path);
+        if (!lock) {
+            return std::unexpected(lock.error());
+        }
+        if (*lock) {
+            return std::move(**lock);
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return failure(path, EWOULDBLOCK);
+        }
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+std::expected<std::optional<FileLock>, FileFailure> FileLock::tryAcquire(const QString& path)
+{
     Descriptor file(path, O_RDWR | O_CREAT);
     if (!file.isOpen()) {
         return failure(path);
     }
     while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-        if ((errno != EWOULDBLOCK && errno != EINTR) ||
-            std::chrono::steady_clock::now() >= deadline) {
+        if (errno == EWOULDBLOCK) {
+            return std::nullopt;
+        }
+        if (errno != EINTR) {
             return failure(path);
         }
-        std::this_thread::sleep_for(pause);
     }
     return FileLock(file.release());
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/DescribedError.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -16,6 +18,19 @@ struct FileFailure
     QString reason;
 };
 
+/// The same where it ends a task: thrown.
+class FileError final : public DescribedError
+{
+public:
+    explicit FileError(FileFailure failure);
+
+    /// The reason, behind the file that it is about.
+    [[nodiscard]] QString description() const override;
+
+private:
+    FileFailure m_failure;
+};
+
 /// The bytes of a file, or none if there is no such file. A file beyond `limit` bytes fails.
 [[nodiscard]] std::expected<std::optional<QByteArray>, FileFailure> readFile(const QString& path,
                                                                              qint64 limit);
@@ -26,6 +41,34 @@ struct FileFailure
 /// `path` + ".new" is used on the way; callers keep others away from it, with a `FileLock`.
 [[nodiscard]] std::expected<void, FileFailure> replaceDurably(const QString& path,
                                                               const QByteArray& bytes);
+
+/// Writes a file piece by piece, which takes its place when it is complete.
+class DurableFileWriter
+{
+public:
+    /// `temporary` is the file's name on the way, in the same folder; what stands there is lost.
+    /// Callers keep others away from it. The file is readable by its owner only.
+    [[nodiscard]] static std::expected<DurableFileWriter, FileFailure>
+    create(const QString& path, const QString& temporary);
+
+    DurableFileWriter(DurableFileWriter&& other) noexcept;
+    DurableFileWriter& operator=(DurableFileWriter&&) = delete;
+    /// Removes what was written, unless it has taken its place.
+    ~DurableFileWriter();
+
+    [[nodiscard]] std::expected<void, FileFailure> append(QByteArrayView bytes);
+
+    /// Takes the place of the file, whole or not at all, and returns when all has reached the disk.
+    /// To be called once, as the last.
+    [[nodiscard]] std::expected<void, FileFailure> commit();
+
+private:
+    DurableFileWriter(int descriptor, QString path, QString temporary);
+
+    int m_descriptor;
+    QString m_path;
+    QString m_temporary;
+};
 
 /// Makes the directory with all above it, for its owner only.
 [[nodiscard]] std::expected<void, FileFailure> makePrivateDirectory(const QString& path);
@@ -38,6 +81,9 @@ public:
     /// Waits for at most `limit`. The file is made if need be, and stays.
     [[nodiscard]] static std::expected<FileLock, FileFailure>
     acquire(const QString& path, std::chrono::milliseconds limit);
+    /// Doesn't wait: none if somebody else has it.
+    [[nodiscard]] static std::expected<std::optional<FileLock>, FileFailure>
+    tryAcquire(const QString& path);
 
     FileLock(FileLock&& other) noexcept;
     FileLock& operator=(FileLock&&) = delete;
