@@ -6,7 +6,9 @@
 #include "desktop/FocusInspector.h"
 #include "desktop/HotKeyRegistrar.h"
 #include "desktop/KeystrokePoster.h"
+#include "desktop/MouseTap.h"
 #include "desktop/OptionClickMenu.h"
+#include "desktop/OptionMenuPresenter.h"
 #include "desktop/Pasteboard.h"
 #include "desktop/SelectionTranslation.h"
 #include "foundation/Completion.h"
@@ -295,6 +297,72 @@ public:
 
 private:
     QStringList& m_log;
+};
+
+/// A tap that can be refused at either place, be switched off, and not come on again.
+class FakeMouseTap final : public MouseTap
+{
+public:
+    explicit FakeMouseTap(QStringList& log)
+        : m_log(log)
+    {
+    }
+
+    [[nodiscard]] bool create(Place place, Handler made) override
+    {
+        m_log << (place == Place::hardware ? QStringLiteral("tap hardware")
+                                           : QStringLiteral("tap session"));
+        if (!(place == Place::hardware ? worksForHardware : worksForSession)) {
+            return false;
+        }
+        handler = std::move(made);
+        return true;
+    }
+    [[nodiscard]] bool enable() override
+    {
+        m_log << QStringLiteral("tap enable");
+        return canBeEnabled;
+    }
+    void remove() override
+    {
+        if (handler) {
+            m_log << QStringLiteral("tap remove");
+        }
+        handler = {};
+    }
+    [[nodiscard]] QString refusal() const override { return reason; }
+
+    /// Refuses everything from now on, or nothing.
+    void setWorks(bool works) { worksForHardware = worksForSession = works; }
+    TapVerdict send(TapEvent::Type type, quint32 flags = 0, QPoint location = {}) const
+    {
+        return handler({type, flags, location});
+    }
+
+    Handler handler;
+    bool worksForHardware = true;
+    bool worksForSession = true;
+    bool canBeEnabled = true;
+    QString reason;
+
+private:
+    QStringList& m_log;
+};
+
+class FakeOptionMenuPresenter final : public OptionMenuPresenter
+{
+public:
+    void popUp(const OptionMenuContent& content, QPoint location,
+               std::function<void(const MenuChoice&)> onChosen) override
+    {
+        shown << content;
+        locations << location;
+        choose = std::move(onChosen);
+    }
+
+    QList<OptionMenuContent> shown;
+    QList<QPoint> locations;
+    std::function<void(const MenuChoice&)> choose;
 };
 
 class FakeHotKeyRegistrar final : public HotKeyRegistrar
