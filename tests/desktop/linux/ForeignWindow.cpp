@@ -10,7 +10,8 @@ using namespace std::chrono_literals;
 ForeignWindow::ForeignWindow(const QByteArray& display, const QByteArray& title)
     : ForeignProgram(display)
 {
-    const quint32 events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE;
+    const quint32 events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                           XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
     xcb_change_window_attributes(connection(), window(), XCB_CW_EVENT_MASK, &events);
     xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window(), XCB_ATOM_WM_NAME,
                         XCB_ATOM_STRING, 8, quint32(title.size()), title.constData());
@@ -47,19 +48,30 @@ void ForeignWindow::close() const
 
 QStringList ForeignWindow::keys() const
 {
+    return arrived(XCB_KEY_PRESS, XCB_KEY_RELEASE);
+}
+
+QStringList ForeignWindow::clicks() const
+{
+    return arrived(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE);
+}
+
+QStringList ForeignWindow::arrived(int pressKind, int releaseKind) const
+{
     (void)clipboardOwner();
-    QStringList keys;
+    QStringList events;
     while (const auto event = nextEvent(0ms)) {
         const int kind = event->response_type & 0x7f;
-        if (kind == XCB_KEY_PRESS || kind == XCB_KEY_RELEASE) {
+        if (kind == pressKind || kind == releaseKind) {
+            // Events of buttons have the form of those of keys.
             const auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event.get());
-            keys.append(QStringLiteral("%1%2:%3")
-                            .arg(QChar(kind == XCB_KEY_PRESS ? u'+' : u'-'))
-                            .arg(key->detail)
-                            .arg(key->state & 0xff));
+            events.append(QStringLiteral("%1%2:%3")
+                              .arg(QChar(kind == pressKind ? u'+' : u'-'))
+                              .arg(key->detail)
+                              .arg(key->state & 0xff));
         }
     }
-    return keys;
+    return events;
 }
 
 } // namespace zelvane::test

@@ -7,7 +7,7 @@
 
 namespace zelvane::test {
 
-/// A window of another program that notes the keys it gets.
+/// A window of another program that notes the keys and clicks it gets.
 class ForeignWindow : public ForeignProgram
 {
 public:
@@ -21,6 +21,11 @@ public:
     /// The keys that have arrived since the last call: "+" for a press or "-" for a release, the
     /// key code, and after a colon the modifier bits that were set at that moment.
     [[nodiscard]] QStringList keys() const;
+    /// The same for the buttons of the pointer. Each of the two forgets what is for the other.
+    [[nodiscard]] QStringList clicks() const;
+
+private:
+    [[nodiscard]] QStringList arrived(int pressKind, int releaseKind) const;
 };
 
 } // namespace zelvane::test
