@@ -22,21 +22,41 @@ public:
 } // namespace
 
 DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop)
-    : m_permission(desktop.accessibility(), core.defaults(), core.clock())
+    : m_core(core)
+    , m_interface(core.defaults(), core.settings())
+    , m_settingsWindow(m_interface.windows(), m_interface.activationPolicy(), core.clock(),
+                       [this] { return m_interface.openSettingsFirst(); })
+    , m_permission(desktop.accessibility(), m_settingsWindow, core.defaults(), core.clock())
     , m_selection({core.settings(), m_permission, desktop.pasteboard(), desktop.keystrokes(),
                    desktop.focus(), core.dispatch(), core.trace(), core.clock()})
     , m_hotKeys(desktop.hotKeys())
     , m_optionMenu(std::make_unique<NoOptionClickMenu>())
-    , m_interface(core.defaults(), core.settings())
     , m_model({core.settings(), m_selection, m_hotKeys, *m_optionMenu, m_permission,
                m_interface.alerts(), m_interface, core.clock()})
-    , m_tray(m_interface, core.settings(), m_model, core.clock())
+    , m_shell(m_interface.windows(), m_interface.activationPolicy(), m_settingsWindow, m_permission,
+              launchSteps(), {[] { return std::nullopt; }, [] { return std::nullopt; }})
 {
-    core.hostedStartUp().start();
+    m_interface.setPromptOnLaunch([this] { m_permission.promptOnLaunchIfNeeded(); });
     tellOfActivation();
 }
 
 DesktopParts::~DesktopParts() = default;
+
+ApplicationShell::LaunchSteps DesktopParts::launchSteps()
+{
+    return {
+        .makeMenuBar =
+            [this] {
+                m_tray =
+                    std::make_unique<TrayItem>(m_interface, m_core.settings(), m_model,
+                                               m_core.clock(), [this] { m_core.stop().begin(); });
+            },
+        .startHostedSynchronisation = [this] { m_core.hostedStartUp().start(); },
+        .deleteRetiredModels = [this] { m_core.deleteRetiredModels(); },
+        .stopSmartEngines = [] {},
+        .stopLocalEngines = [] {},
+    };
+}
 
 void DesktopParts::tellOfActivation()
 {

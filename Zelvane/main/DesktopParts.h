@@ -2,9 +2,11 @@
 
 #include "desktop/AccessibilityPermission.h"
 #include "desktop/AppModel.h"
+#include "desktop/ApplicationShell.h"
 #include "desktop/HotKeyManager.h"
 #include "desktop/OptionClickMenu.h"
 #include "desktop/SelectionTranslation.h"
+#include "desktop/SettingsWindow.h"
 #include "main/Platform.h"
 #include "main/ProgramCore.h"
 #include "main/UserInterface.h"
@@ -22,18 +24,26 @@ public:
     DesktopParts(ProgramCore& core, Desktop& desktop);
     ~DesktopParts();
 
+    /// Begins the program's work, in its order.
+    void launch() { m_shell.didFinishLaunching(); }
+
     [[nodiscard]] AppModel& model() { return m_model; }
+    [[nodiscard]] ApplicationShell& shell() { return m_shell; }
 
 private:
     void tellOfActivation();
+    [[nodiscard]] ApplicationShell::LaunchSteps launchSteps();
 
+    ProgramCore& m_core;
+    UserInterface m_interface;
+    SettingsWindow m_settingsWindow;
     AccessibilityPermission m_permission;
     SelectionTranslation m_selection;
     HotKeyManager m_hotKeys;
     std::unique_ptr<OptionClickMenu> m_optionMenu;
-    UserInterface m_interface;
     AppModel m_model;
-    TrayItem m_tray;
+    std::unique_ptr<TrayItem> m_tray;
+    ApplicationShell m_shell;
 };
 
 } // namespace zelvane

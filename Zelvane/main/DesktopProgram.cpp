@@ -51,6 +51,7 @@ int runDesktopProgram(const CommandLine& line, const QString& key, int argc, cha
     if (line.report) {
         reportOn(parts.model());
     }
+    parts.launch();
     const ShortcomingNotice notice(**desktop, clock);
     return QApplication::exec();
 }

@@ -1,5 +1,6 @@
 #include "main/ProgramCore.h"
 
+#include "desktop/RetiredModelFolders.h"
 #include "main/Platform.h"
 #include "settings/SystemLanguage.h"
 
@@ -9,6 +10,7 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     : m_clock(clock)
     , m_stop(stop)
     , m_defaults(store.defaults())
+    , m_applicationSupport(store.locations().applicationSupportDirectory())
     , m_secretBackend(openSecretStore())
     , m_secrets(m_defaults, *m_secretBackend)
     , m_settings(m_defaults, m_secrets, systemLanguage(currentSystemLocale()).name, &m_worker)
@@ -20,6 +22,14 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     if (!key.isEmpty()) {
         m_settings.setApiKey(key);
     }
+}
+
+void ProgramCore::deleteRetiredModels()
+{
+    m_tasks.start([this](std::stop_token stop) {
+        const auto folder = m_applicationSupport;
+        return m_worker.run([folder] { deleteRetiredModelFolders(folder); }, std::move(stop));
+    });
 }
 
 } // namespace zelvane

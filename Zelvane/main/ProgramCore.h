@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/StopSequence.h"
+#include "foundation/TaskScope.h"
 #include "foundation/Worker.h"
 #include "main/OnlineEngines.h"
 #include "main/UserStore.h"
@@ -35,10 +36,14 @@ public:
     [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
     [[nodiscard]] HostedStartUp& hostedStartUp() { return m_hostedStartUp; }
 
+    /// Deletes what older versions downloaded, in the background.
+    void deleteRetiredModels();
+
 private:
     Clock& m_clock;
     StopSequence& m_stop;
     UserDefaults& m_defaults;
+    QString m_applicationSupport;
     std::unique_ptr<SecretBackend> m_secretBackend;
     SecretStore m_secrets;
     Worker m_worker;
@@ -47,6 +52,7 @@ private:
     OnlineEngines m_engines;
     TranslationDispatch m_dispatch;
     HostedStartUp m_hostedStartUp;
+    TaskScope m_tasks;
 };
 
 } // namespace zelvane

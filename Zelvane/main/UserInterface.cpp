@@ -8,13 +8,16 @@
 #include "ui/menubar/MenuBarModel.h"
 #include "ui/panel/WindowOrigins.h"
 #include "ui/result/ResultPopup.h"
+#include "ui/shell/WidgetActivationPolicy.h"
+#include "ui/shell/WidgetWindows.h"
 #include "ui/style/DesktopAppearance.h"
 #include "ui/style/InterfaceStyle.h"
 #include "ui/style/StyleTweaker.h"
 #include "ui/style/Theme.h"
 
-#include <QApplication>
 #include <QDBusConnection>
+
+#include <utility>
 
 namespace zelvane {
 
@@ -24,6 +27,8 @@ struct UserInterface::Parts
         : linuxAppearance(appearance, QDBusConnection::sessionBus())
         , theme(tokens, appearance)
         , windows(sessionWindowSystem())
+        , widgets(*windows)
+        , policy(widgets, *windows)
         , origins(defaults, systemScreens())
         , alerts(theme, *windows, origins)
         , popup(theme, *windows, origins, settings)
@@ -36,6 +41,8 @@ struct UserInterface::Parts
     LinuxAppearance linuxAppearance;
     Theme theme;
     std::unique_ptr<WindowSystem> windows;
+    WidgetWindows widgets;
+    WidgetActivationPolicy policy;
     WindowOrigins origins;
     AlertWindowPresenter alerts;
     ResultPopup popup;
@@ -53,6 +60,21 @@ AlertPresenter& UserInterface::alerts()
     return m_parts->alerts;
 }
 
+ApplicationWindows& UserInterface::windows()
+{
+    return m_parts->widgets;
+}
+
+ActivationPolicy& UserInterface::activationPolicy()
+{
+    return m_parts->policy;
+}
+
+bool UserInterface::openSettingsFirst()
+{
+    return false;
+}
+
 void UserInterface::presentTranslationResult(const QString& original, const QString& translated,
                                              const QString& diagnostics)
 {
@@ -66,14 +88,16 @@ void UserInterface::showManualTranslationWindow()
 void UserInterface::showOnboarding()
 {
 }
+
 void UserInterface::promptOnLaunchIfNeeded()
 {
+    m_promptOnLaunch();
 }
 
 struct TrayItem::Parts
 {
     Parts(UserInterface::Parts& interface, const AppSettings& settings, AppModel& appModel,
-          Clock& clock)
+          Clock& clock, std::function<void()> quit)
         : watcher(QDBusConnection::sessionBus())
         , model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
         , controller(model, interface.theme, clock, watcher.bindableAvailable(),
@@ -81,7 +105,7 @@ struct TrayItem::Parts
                           appModel.startHotKeys();
                           appModel.refreshOptionMenuStatus();
                       },
-                      [] { QApplication::quit(); }})
+                      std::move(quit)})
     {
     }
 
@@ -91,8 +115,8 @@ struct TrayItem::Parts
 };
 
 TrayItem::TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model,
-                   Clock& clock)
-    : m_parts(std::make_unique<Parts>(*interface.m_parts, settings, model, clock))
+                   Clock& clock, std::function<void()> quit)
+    : m_parts(std::make_unique<Parts>(*interface.m_parts, settings, model, clock, std::move(quit)))
 {
 }
 

@@ -1,14 +1,17 @@
 #pragma once
 
+#include "desktop/ActivationPolicy.h"
 #include "desktop/AlertPresenter.h"
 #include "desktop/AppModel.h"
 #include "desktop/AppModelWindows.h"
+#include "desktop/ApplicationWindows.h"
 #include "foundation/Clock.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 namespace zelvane {
@@ -22,6 +25,14 @@ public:
     ~UserInterface() override;
 
     [[nodiscard]] AlertPresenter& alerts();
+    [[nodiscard]] ApplicationWindows& windows();
+    [[nodiscard]] ActivationPolicy& activationPolicy();
+
+    /// Makes the settings window for the first time and opens it; false if there is none.
+    [[nodiscard]] bool openSettingsFirst();
+
+    /// What a launch after the introduction was seen does about the permission.
+    void setPromptOnLaunch(std::function<void()> prompt) { m_promptOnLaunch = std::move(prompt); }
 
     void presentTranslationResult(const QString& original, const QString& translated,
                                   const QString& diagnostics) override;
@@ -34,14 +45,16 @@ private:
 
     struct Parts;
     std::unique_ptr<Parts> m_parts;
+    std::function<void()> m_promptOnLaunch = [] {};
 };
 
 /// The program's item in the tray, which appears as soon as there is one.
 class TrayItem
 {
 public:
-    /// All must outlive this object.
-    TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model, Clock& clock);
+    /// All must outlive this object. `quit` is what the user's choice to end the program does.
+    TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model, Clock& clock,
+             std::function<void()> quit);
     ~TrayItem();
     Q_DISABLE_COPY_MOVE(TrayItem)
 

@@ -22,6 +22,7 @@ public:
     explicit UserStore(const QString& profile);
 
     [[nodiscard]] FileUserDefaults& defaults() { return m_defaults; }
+    [[nodiscard]] const FileSystemLocations& locations() const { return *m_locations; }
 
 private:
     std::unique_ptr<FileSystemLocations> m_locations;

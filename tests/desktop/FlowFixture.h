@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/FakeDesktop.h"
+#include "desktop/FakeShell.h"
 #include "support/FakeSecretBackend.h"
 #include "support/VirtualClock.h"
 
@@ -67,7 +68,10 @@ protected:
     FakeFocusInspector focus;
     FakeTranslator translator{log};
     FakeAccessibilityPlatform platform{log};
-    AccessibilityPermission permission{platform, defaults, clock};
+    FakeApplicationWindows applicationWindows{log};
+    FakeActivationPolicy activationPolicy{log};
+    SettingsWindow settingsWindow{applicationWindows, activationPolicy, clock, {}};
+    AccessibilityPermission permission{platform, settingsWindow, defaults, clock};
     SelectionTranslation flow{
         {settings, permission, pasteboard, keystrokes, focus, translator, trace, clock}};
 };

@@ -17,6 +17,10 @@ class RecordingWindowSystem final : public WindowSystem
 {
 public:
     void describe(QWindow&, const PanelHints& hints) override { described.append(hints); }
+    void setSkipsTaskbar(QWindow& window, bool skips) override
+    {
+        skipping.append({window.title(), skips});
+    }
     void activate(QWindow& window) override
     {
         ++activations;
@@ -28,6 +32,7 @@ public:
     Window foreign = 77;
     int activations = 0;
     QList<PanelHints> described;
+    QList<std::pair<QString, bool>> skipping;
     QList<Window> givenBack;
 };
 

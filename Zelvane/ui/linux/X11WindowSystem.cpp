@@ -57,12 +57,18 @@ X11WindowSystem::X11WindowSystem(const XcbSession& session)
 
 void X11WindowSystem::describe(QWindow& window, const PanelHints& hints)
 {
-    setSkipsTaskbar(window, hints.skipsTaskbar);
+    skipTaskbar(window, hints.skipsTaskbar);
     setShadow(window, hints.shadow);
     xcb_flush(m_session.connection);
 }
 
-void X11WindowSystem::setSkipsTaskbar(const QWindow& window, bool skips)
+void X11WindowSystem::setSkipsTaskbar(QWindow& window, bool skips)
+{
+    skipTaskbar(window, skips);
+    xcb_flush(m_session.connection);
+}
+
+void X11WindowSystem::skipTaskbar(const QWindow& window, bool skips)
 {
     const auto id = xcb_window_t(window.winId());
     if (window.isVisible()) {

@@ -14,12 +14,13 @@ public:
     explicit X11WindowSystem(const XcbSession& session);
 
     void describe(QWindow& window, const PanelHints& hints) override;
+    void setSkipsTaskbar(QWindow& window, bool skips) override;
     void activate(QWindow& window) override;
     [[nodiscard]] Window foreignActiveWindow() const override;
     void activateForeign(Window window) override;
 
 private:
-    void setSkipsTaskbar(const QWindow& window, bool skips);
+    void skipTaskbar(const QWindow& window, bool skips);
     void setShadow(const QWindow& window, const QMargins& shadow);
     void requestActivation(xcb_window_t window);
     void askRoot(xcb_window_t window, xcb_atom_t message, const std::array<uint32_t, 5>& data);

@@ -119,7 +119,8 @@ void TranslatorKeyablePanel::adoptMargins()
 void TranslatorKeyablePanel::describe()
 {
     if (QWindow* window = windowHandle()) {
-        m_windows.describe(*window, {.shadow = m_layout->contentsMargins(), .skipsTaskbar = true});
+        m_windows.describe(
+            *window, {.shadow = m_layout->contentsMargins(), .skipsTaskbar = !m_promotesDockIcon});
     }
 }
 

@@ -8,6 +8,10 @@ void PlainWindowSystem::describe(QWindow&, const PanelHints&)
 {
 }
 
+void PlainWindowSystem::setSkipsTaskbar(QWindow&, bool)
+{
+}
+
 void PlainWindowSystem::activate(QWindow& window)
 {
     window.raise();

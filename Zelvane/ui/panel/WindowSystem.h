@@ -30,6 +30,9 @@ public:
     /// Describes `window` to the desktop. May be called again when something has changed.
     virtual void describe(QWindow& window, const PanelHints& hints) = 0;
 
+    /// Whether `window` stays out of the taskbar and of the switcher of Alt+Tab, shown or not yet.
+    virtual void setSkipsTaskbar(QWindow& window, bool skips) = 0;
+
     /// Brings a shown window in front of all programs and gives it the keyboard, although another
     /// program has it: the user has asked for the window.
     virtual void activate(QWindow& window) = 0;
@@ -46,6 +49,7 @@ class PlainWindowSystem final : public WindowSystem
 {
 public:
     void describe(QWindow& window, const PanelHints& hints) override;
+    void setSkipsTaskbar(QWindow& window, bool skips) override;
     void activate(QWindow& window) override;
     [[nodiscard]] Window foreignActiveWindow() const override;
     void activateForeign(Window window) override;
