@@ -21,8 +21,10 @@ constexpr qint64 downloadBuffer = qint64(1) << 20;
 /// How much is kept of an answer that explains why there is no download.
 constexpr qint64 maximalRefusal = qint64(64) << 10;
 
-/// A request's body that can't be rewound. Qt repeats a request by itself, up to three times, when
-/// the server closes the connection; a translation is paid for, so it must not do that.
+/// A request's body that can't be rewound, even if it is empty. Qt repeats a request by itself, up
+/// to three times, when the server closes the connection; a translation is paid for, so it must not
+/// do that. It would also take a body that was cut short for a whole one, if its size was not
+/// announced.
 class SentOnceBody final : public QIODevice
 {
 public:
@@ -34,7 +36,7 @@ public:
 
     [[nodiscard]] bool isSequential() const override { return true; }
     [[nodiscard]] bool atEnd() const override { return m_sent == m_body.size(); }
-    bool reset() override { return m_sent == 0; }
+    bool reset() override { return m_sent == 0 && !m_body.isEmpty(); }
 
 protected:
     qint64 readData(char* data, qint64 maxSize) override
@@ -165,17 +167,15 @@ void NetworkExchange::sendRequest()
     m_body.clear();
     m_received = 0;
     QNetworkRequest request = networkRequest(m_request);
-    QIODevice* body = nullptr;
-    if (!m_request.body.isEmpty()) {
-        request.setHeader(QNetworkRequest::ContentLengthHeader, m_request.body.size());
-        body = new SentOnceBody(m_request.body);
-    }
+    request.setHeader(QNetworkRequest::ContentLengthHeader, m_request.body.size());
+    auto* body = new SentOnceBody(m_request.body);
     m_reply = m_manager.sendCustomRequest(request, m_request.method, body);
-    if (body != nullptr) {
-        body->setParent(m_reply);
-    }
+    body->setParent(m_reply);
     if (m_target && m_limitsBuffer) {
-        m_reply->setReadBufferSize(downloadBuffer);
+        // Later, since it has no effect on a request that has a body and hasn't started.
+        QMetaObject::invokeMethod(
+            m_reply, [reply = m_reply] { reply->setReadBufferSize(downloadBuffer); },
+            Qt::QueuedConnection);
     }
     connect(m_reply, &QNetworkReply::socketStartedConnecting, this,
             [this] { m_newConnection = true; });

@@ -197,6 +197,24 @@ TEST_F(Download, keepsTheSizeOfAnyFileOutOfTheMemory)
     EXPECT_EQ(outcome.progress.back(), (DownloadProgress{size, size}));
 }
 
+TEST_F(Download, isWholeWhenTheConnectionClosesRightBehindIt)
+{
+    server.setHandler([](const RecordedRequest& request) {
+        return request.target() == "/chunks"
+                   ? Answer()
+                         .send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+                               "3\r\nabc\r\n0\r\n\r\n")
+                         .close()
+                   : Answer().send(headOf(1'100'000)).flood(1'100'000).close();
+    });
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(run(get(QStringLiteral("/chunks"))).response);
+        ASSERT_EQ(file(), "abc");
+        ASSERT_TRUE(run(get(QStringLiteral("/sized"))).response);
+        ASSERT_EQ(QFileInfo(path).size(), 1'100'000);
+    }
+}
+
 // Progress
 
 TEST_F(Download, reportsAFewTimesASecondWhatIsNew)
@@ -283,8 +301,10 @@ TEST_F(Download, failsWhenTheChunksEndTooEarly)
             .send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n")
             .close();
     });
-    EXPECT_EQ(run(get()).kind, Kind::truncated);
-    EXPECT_THAT(filesLeft(), IsEmpty());
+    for (int i = 0; i < 20; ++i) { // it depends on the moment at which Qt learns of the end
+        ASSERT_EQ(run(get()).kind, Kind::truncated);
+        ASSERT_THAT(filesLeft(), IsEmpty());
+    }
 }
 
 TEST_F(Download, failsWhenTheServerHangsUpWithoutAnAnswer)
