@@ -1,8 +1,8 @@
 #include "online/ChatCompletionsClient.h"
 
 #include "foundation/Text.h"
-#include "online/ApiExchange.h"
-#include "online/JsonError.h"
+#include "http/ApiExchange.h"
+#include "http/JsonError.h"
 #include "online/JsonShape.h"
 
 #include <algorithm>

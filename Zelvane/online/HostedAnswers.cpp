@@ -1,9 +1,9 @@
 #include "online/HostedAnswers.h"
 
 #include "foundation/Text.h"
+#include "http/JsonError.h"
 #include "online/CloudflareKeyError.h"
 #include "online/HostedConfigCache.h"
-#include "online/JsonError.h"
 #include "pipeline/TranslationError.h"
 
 #include <QJsonDocument>

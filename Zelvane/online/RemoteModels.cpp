@@ -1,9 +1,9 @@
 #include "online/RemoteModels.h"
 
 #include "foundation/Text.h"
+#include "http/ApiExchange.h"
+#include "http/JsonError.h"
 #include "online/AnthropicClient.h"
-#include "online/ApiExchange.h"
-#include "online/JsonError.h"
 #include "online/JsonShape.h"
 #include "pipeline/Endpoints.h"
 #include "pipeline/TranslationError.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "http/HttpTransport.h"
-#include "online/JsonError.h"
+#include "http/JsonError.h"
 #include "pipeline/TranslationError.h"
 #include "support/Await.h"
 

@@ -1,7 +1,7 @@
 #include "online/HostedAnswers.h"
 
+#include "http/JsonError.h"
 #include "online/CloudflareKeyError.h"
-#include "online/JsonError.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "http/JsonError.h"
 #include "online/CloudflareKeyError.h"
 #include "online/HostedService.h"
-#include "online/JsonError.h"
 #include "settings/SecretStore.h"
 #include "support/Await.h"
 #include "support/FakeHttpTransport.h"

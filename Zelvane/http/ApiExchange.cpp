@@ -1,4 +1,4 @@
-#include "online/ApiExchange.h"
+#include "http/ApiExchange.h"
 
 #include "foundation/Text.h"
 #include "pipeline/TranslationError.h"

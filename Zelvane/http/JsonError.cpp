@@ -1,4 +1,4 @@
-#include "online/JsonError.h"
+#include "http/JsonError.h"
 
 #include "settings/Localization.h"
 
