@@ -186,6 +186,29 @@ QString upperCased(const QString& text)
     return fromIcu(toIcu(text).toUpper(icu::Locale::getRoot()));
 }
 
+QString caseFolded(const QString& text, const QLocale& locale)
+{
+    // Turkish and Azerbaijani tell an i with a dot from one without.
+    const bool hasDotlessI =
+        locale.language() == QLocale::Turkish || locale.language() == QLocale::Azerbaijani;
+    const uint32_t rules = hasDotlessI ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT;
+    return composed(fromIcu(toIcu(composed(text)).foldCase(rules)));
+}
+
+bool containsCharacters(const QString& text, const QString& part)
+{
+    qsizetype found = part.isEmpty() ? -1 : text.indexOf(part);
+    if (found < 0) {
+        return false; // most often so, and the clusters need not be looked for
+    }
+    const Clusters clusters(text);
+    while (found >= 0 && !(clusters->isBoundary(int32_t(found)) &&
+                           clusters->isBoundary(int32_t(found + part.size())))) {
+        found = text.indexOf(part, found + 1);
+    }
+    return found >= 0;
+}
+
 QString withFirstUpperCased(const QString& text, const QLocale& locale)
 {
     const QString first = firstCharacters(text, 1);

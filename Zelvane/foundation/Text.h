@@ -39,6 +39,14 @@ namespace zelvane::text {
 [[nodiscard]] QString lowerCased(const QString& text);
 [[nodiscard]] QString upperCased(const QString& text);
 
+/// `text` in a form that it shares with every text that differs from it only in case, by the rules
+/// of `locale`, or in how its characters are composed. To be compared, not to be shown.
+[[nodiscard]] QString caseFolded(const QString& text, const QLocale& locale);
+
+/// Whether the user-perceived characters of `part` occur in `text`, one after the other: "e" does
+/// not occur in "e\u0301". An empty `part` occurs nowhere.
+[[nodiscard]] bool containsCharacters(const QString& text, const QString& part);
+
 /// `text` with its first user-perceived character in upper case, by the rules of `locale`.
 [[nodiscard]] QString withFirstUpperCased(const QString& text, const QLocale& locale);
 

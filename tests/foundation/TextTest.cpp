@@ -125,6 +125,57 @@ TEST(Text, tellsWhetherTheFirstCharacterIsLowerCase)
     }
 }
 
+/// Whether `part` occurs in `whole` with the case ignored.
+bool occurs(const QString& part, const QString& whole, const QLocale& locale = QLocale::C)
+{
+    return text::containsCharacters(text::caseFolded(whole, locale),
+                                    text::caseFolded(part, locale));
+}
+
+TEST(Text, findsCharactersWhateverTheirCase)
+{
+    EXPECT_TRUE(occurs(QStringLiteral("APFEL"), QStringLiteral("Apfelbaum")));
+    EXPECT_TRUE(occurs(QStringLiteral("привет"), QStringLiteral("О, ПРИВЕТ!")));
+    EXPECT_TRUE(occurs(QStringLiteral("STRASSE"), QStringLiteral("Hauptstraße")));
+    EXPECT_TRUE(occurs(QStringLiteral("οδός"), QStringLiteral("ΟΔΌΣ")));
+    EXPECT_FALSE(occurs(QStringLiteral("Birne"), QStringLiteral("Apfel")));
+    EXPECT_FALSE(occurs(QStringLiteral("Apfelbaum"), QStringLiteral("Apfel")));
+    EXPECT_FALSE(occurs(QString(), QStringLiteral("a")));
+    EXPECT_FALSE(occurs(QString(), QString()));
+}
+
+TEST(Text, findsCharactersHoweverTheyAreComposed)
+{
+    EXPECT_TRUE(occurs(QStringLiteral("cafe\u0301"), QStringLiteral("Un CAF\u00c9 noir")));
+    EXPECT_TRUE(occurs(QStringLiteral("caf\u00e9"), QStringLiteral("un cafe\u0301 noir")));
+}
+
+TEST(Text, findsNoPartOfACharacter)
+{
+    EXPECT_FALSE(occurs(QStringLiteral("x"), QStringLiteral("x\u0302")));
+    EXPECT_FALSE(occurs(QStringLiteral("\u0302y"), QStringLiteral("x\u0302y")));
+    EXPECT_TRUE(occurs(QStringLiteral("x"), QStringLiteral("x\u0302x")));
+    EXPECT_FALSE(occurs(QStringLiteral("👨"), QStringLiteral("👨‍👩‍👧")));
+}
+
+TEST(Text, ignoresCaseByTheRulesOfTheLocale)
+{
+    const QLocale turkish(QLocale::Turkish);
+    EXPECT_TRUE(occurs(QStringLiteral("ILIK"), QStringLiteral("ılık su"), turkish));
+    EXPECT_TRUE(occurs(QStringLiteral("İZMİR"), QStringLiteral("izmir"), turkish));
+    EXPECT_FALSE(occurs(QStringLiteral("IZMIR"), QStringLiteral("izmir"), turkish));
+    EXPECT_TRUE(occurs(QStringLiteral("IZMIR"), QStringLiteral("izmir")));
+    EXPECT_TRUE(
+        occurs(QStringLiteral("BAKI"), QStringLiteral("bakı"), QLocale(QLocale::Azerbaijani)));
+}
+
+TEST(Text, survivesFoldingWhatIsNotText)
+{
+    const QString loneSurrogate = QString(QChar(0xd800)) + QStringLiteral("A");
+    EXPECT_TRUE(occurs(QStringLiteral("a"), loneSurrogate));
+    EXPECT_EQ(text::caseFolded(QString(), QLocale::C), QString());
+}
+
 TEST(Text, mapsCaseByTheFullRulesInEveryLocale)
 {
     EXPECT_EQ(text::lowerCased(QStringLiteral("ÄΟΣ Iİ")), QStringLiteral("äος ii\u0307"));
