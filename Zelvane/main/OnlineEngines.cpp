@@ -18,14 +18,14 @@ OnlineEngines::OnlineEngines(Clock& clock, const UserDefaults& defaults, Transla
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 }
 
-TranslationDispatch::Engines OnlineEngines::forDispatch()
+TranslationDispatch::Engines OnlineEngines::forDispatch(GlossaryLookup* glossary)
 {
     return {&m_chat,
             &m_hosted,
             {{AIProvider::gemini, &m_gemini},
              {AIProvider::claude, &m_claude},
              {AIProvider::deepL, &m_deepL}},
-            nullptr};
+            glossary};
 }
 
 } // namespace zelvane

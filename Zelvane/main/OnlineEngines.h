@@ -26,8 +26,8 @@ public:
     /// All must outlive this object. From now on the process uses the proxies of the system.
     OnlineEngines(Clock& clock, const UserDefaults& defaults, TranslationTrace& trace, Kept kept);
 
-    /// What a dispatch needs of them. They stay owned by this object.
-    [[nodiscard]] TranslationDispatch::Engines forDispatch();
+    /// What a dispatch needs of them, which stays owned by this object, with the dictionaries.
+    [[nodiscard]] TranslationDispatch::Engines forDispatch(GlossaryLookup* glossary);
     [[nodiscard]] RemoteModels& models() { return m_models; }
     [[nodiscard]] HostedService& hosted() { return m_hosted; }
 

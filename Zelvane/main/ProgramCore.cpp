@@ -16,7 +16,8 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     , m_settings(m_defaults, m_secrets, systemLanguage(currentSystemLocale()).name, &m_worker)
     , m_trace(clock)
     , m_engines(clock, m_defaults, m_trace, {m_defaults, m_secrets})
-    , m_dispatch(m_settings, m_defaults, m_trace, m_engines.forDispatch())
+    , m_glossary(glossaryFolder(store.applicationSupport()))
+    , m_dispatch(m_settings, m_defaults, m_trace, m_engines.forDispatch(&m_glossary))
     , m_hostedStartUp(m_engines.hosted(), m_settings)
 {
     if (!key.isEmpty()) {

@@ -3,6 +3,7 @@
 #include "foundation/StopSequence.h"
 #include "foundation/TaskScope.h"
 #include "foundation/Worker.h"
+#include "glossary/GlossaryStore.h"
 #include "main/OnlineEngines.h"
 #include "main/UserStore.h"
 #include "online/HostedStartUp.h"
@@ -33,6 +34,7 @@ public:
     [[nodiscard]] Worker& worker() { return m_worker; }
     [[nodiscard]] AppSettings& settings() { return m_settings; }
     [[nodiscard]] TranslationTrace& trace() { return m_trace; }
+    [[nodiscard]] GlossaryStore& glossary() { return m_glossary; }
     [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
     [[nodiscard]] HostedStartUp& hostedStartUp() { return m_hostedStartUp; }
 
@@ -50,6 +52,7 @@ private:
     AppSettings m_settings;
     TranslationTrace m_trace;
     OnlineEngines m_engines;
+    GlossaryStore m_glossary;
     TranslationDispatch m_dispatch;
     HostedStartUp m_hostedStartUp;
     TaskScope m_tasks;

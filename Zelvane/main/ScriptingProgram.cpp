@@ -6,6 +6,7 @@
 #include "cli/TranslateCommand.h"
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
+#include "glossary/GlossaryStore.h"
 #include "main/OnlineEngines.h"
 #include "main/Platform.h"
 #include "main/UserStore.h"
@@ -57,18 +58,19 @@ public:
 class EngineSession
 {
 public:
-    /// `overlay` holds the choices of this call over the settings that are `stored`; both must
-    /// outlive this. `key` is the engine's for this call; empty if there is none but the stored
+    /// `overlay` holds the choices of this call over the settings in `store`; both must outlive
+    /// this. `key` is the engine's for this call; empty if there is none but the stored
     /// one.
-    EngineSession(UserDefaults& stored, UserDefaults& overlay, const QString& key)
+    EngineSession(UserStore& store, UserDefaults& overlay, const QString& key)
         : m_keptBackend(openSecretStore())
-        , m_keptSecrets(stored, *m_keptBackend)
+        , m_keptSecrets(store.defaults(), *m_keptBackend)
         , m_secretBackend(key.isEmpty() ? openSecretStore() : std::make_unique<NoSecrets>())
         , m_secrets(overlay, *m_secretBackend)
         , m_settings(overlay, m_secrets, systemLanguage(currentSystemLocale()).name)
         , m_trace(m_clock)
-        , m_engines(m_clock, overlay, m_trace, {stored, m_keptSecrets})
-        , m_dispatch(m_settings, overlay, m_trace, m_engines.forDispatch())
+        , m_engines(m_clock, overlay, m_trace, {store.defaults(), m_keptSecrets})
+        , m_glossary(glossaryFolder(store.applicationSupport()))
+        , m_dispatch(m_settings, overlay, m_trace, m_engines.forDispatch(&m_glossary))
     {
         if (!key.isEmpty()) {
             m_settings.setApiKey(key);
@@ -91,6 +93,7 @@ private:
     AppSettings m_settings;
     TranslationTrace m_trace;
     OnlineEngines m_engines;
+    GlossaryStore m_glossary;
     TranslationDispatch m_dispatch;
 };
 
@@ -144,7 +147,7 @@ ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& 
 
     OverlayUserDefaults overlay(&store.defaults());
     applyOptions(*options, overlay);
-    EngineSession session(store.defaults(), overlay, key);
+    EngineSession session(store, overlay, key);
     return runToItsEnd([&](std::stop_token stop) {
         return runTranslateCommand(*options, *text, session.settings(), session.dispatch(),
                                    session.trace(), session.clock(), streams, std::move(stop));
@@ -166,7 +169,7 @@ ExitStatus runModels(const CommandLine& line, const QString& key, UserStore& sto
     if (options->engine) {
         chooseEngine(*options->engine, overlay);
     }
-    EngineSession session(store.defaults(), overlay, key);
+    EngineSession session(store, overlay, key);
     return runToItsEnd([&](std::stop_token stop) {
         return runModelsCommand(*options, session.settings(), session.models(), streams,
                                 std::move(stop));

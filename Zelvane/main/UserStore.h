@@ -23,6 +23,11 @@ public:
 
     [[nodiscard]] FileUserDefaults& defaults() { return m_defaults; }
     [[nodiscard]] const FileSystemLocations& locations() const { return *m_locations; }
+    /// The folder for engines, models and dictionaries.
+    [[nodiscard]] QString applicationSupport() const
+    {
+        return m_locations->applicationSupportDirectory();
+    }
 
 private:
     std::unique_ptr<FileSystemLocations> m_locations;
