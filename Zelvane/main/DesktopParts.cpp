@@ -5,22 +5,6 @@
 
 namespace zelvane {
 
-namespace {
-
-/// The menu at Option + right click is not part of this build: nothing listens, nothing is wrong.
-class NoOptionClickMenu final : public OptionClickMenu
-{
-public:
-    void setOnSelect(std::function<void(LanguagePair, TranslateOutputMode)>) override {}
-    void setOnActivated(std::function<void()>) override {}
-    void setWanted(bool) override {}
-    void reconcile() override {}
-    [[nodiscard]] bool isListening() const override { return false; }
-    [[nodiscard]] QString lastError() const override { return {}; }
-};
-
-} // namespace
-
 DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop)
     : m_core(core)
     , m_interface(core.defaults(), core.settings())
@@ -30,8 +14,9 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop)
     , m_selection({core.settings(), m_permission, desktop.pasteboard(), desktop.keystrokes(),
                    desktop.focus(), core.dispatch(), core.trace(), core.clock()})
     , m_hotKeys(desktop.hotKeys())
-    , m_optionMenu(std::make_unique<NoOptionClickMenu>())
-    , m_model({core.settings(), m_selection, m_hotKeys, *m_optionMenu, m_permission,
+    , m_optionMenu({core.settings(), m_permission, desktop.mouseTap(), m_interface.optionMenu(),
+                    core.clock()})
+    , m_model({core.settings(), m_selection, m_hotKeys, m_optionMenu, m_permission,
                m_interface.alerts(), m_interface, core.clock()})
     , m_shell(m_interface.windows(), m_interface.activationPolicy(), m_settingsWindow, m_permission,
               launchSteps(), {[] { return std::nullopt; }, [] { return std::nullopt; }})
@@ -47,9 +32,9 @@ ApplicationShell::LaunchSteps DesktopParts::launchSteps()
     return {
         .makeMenuBar =
             [this] {
-                m_tray =
-                    std::make_unique<TrayItem>(m_interface, m_core.settings(), m_model,
-                                               m_core.clock(), [this] { m_core.stop().begin(); });
+                m_tray = std::make_unique<TrayItem>(m_interface, m_core.settings(), m_model,
+                                                    m_optionMenu, m_core.clock(),
+                                                    [this] { m_core.stop().begin(); });
             },
         .startHostedSynchronisation = [this] { m_core.hostedStartUp().start(); },
         .deleteRetiredModels = [this] { m_core.deleteRetiredModels(); },
@@ -64,6 +49,7 @@ void DesktopParts::tellOfActivation()
                      [this](Qt::ApplicationState state) {
                          if (state == Qt::ApplicationActive) {
                              m_model.activated();
+                             m_optionMenu.activated();
                          }
                      });
     QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &m_model,

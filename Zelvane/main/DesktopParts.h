@@ -4,14 +4,12 @@
 #include "desktop/AppModel.h"
 #include "desktop/ApplicationShell.h"
 #include "desktop/HotKeyManager.h"
-#include "desktop/OptionClickMenu.h"
+#include "desktop/OptionClickMenuManager.h"
 #include "desktop/SelectionTranslation.h"
 #include "desktop/SettingsWindow.h"
 #include "main/Platform.h"
 #include "main/ProgramCore.h"
 #include "main/UserInterface.h"
-
-#include <memory>
 
 namespace zelvane {
 
@@ -40,7 +38,7 @@ private:
     AccessibilityPermission m_permission;
     SelectionTranslation m_selection;
     HotKeyManager m_hotKeys;
-    std::unique_ptr<OptionClickMenu> m_optionMenu;
+    OptionClickMenuManager m_optionMenu;
     AppModel m_model;
     std::unique_ptr<TrayItem> m_tray;
     ApplicationShell m_shell;

@@ -2,11 +2,14 @@
 #include "desktop/linux/X11AccessibilityPlatform.h"
 #include "desktop/linux/X11HotKeyRegistrar.h"
 #include "desktop/linux/X11KeystrokePoster.h"
+#include "desktop/linux/X11MouseTap.h"
 #include "desktop/linux/X11Pasteboard.h"
 #include "desktop/linux/X11Session.h"
 #include "desktop/linux/atspi/AtSpiFocusInspector.h"
 #include "main/Platform.h"
 #include "settings/linux/LibSecretBackend.h"
+#include "ui/linux/XcbEventFilter.h"
+#include "ui/linux/XcbSession.h"
 
 #include <xcb/xcb.h>
 
@@ -14,7 +17,15 @@ namespace zelvane {
 
 namespace {
 
+/// The connection of the interface, null if that isn't on X11.
+xcb_connection_t* interfaceConnection()
+{
+    const auto session = currentXcbSession();
+    return session ? session->connection : nullptr;
+}
+
 /// A desktop under X11. Keys go over one connection; the clipboard is served over another one.
+/// Right clicks are taken over that of the interface, whose menu they open.
 class LinuxDesktop final : public Desktop
 {
 public:
@@ -23,6 +34,9 @@ public:
         : m_session(std::move(session))
         , m_keystrokes(*m_session, m_exchange, clock)
         , m_hotKeys(*m_session)
+        , m_mouseTap(*m_session, interfaceConnection())
+        , m_mouseEvents(
+              [this](const xcb_generic_event_t& event) { return m_mouseTap.handleEvent(event); })
         , m_focus(clock)
         , m_accessibility(m_session.get(), std::move(showPrompt))
     {
@@ -43,6 +57,7 @@ public:
     [[nodiscard]] KeystrokePoster& keystrokes() override { return m_keystrokes; }
     [[nodiscard]] HotKeyRegistrar& hotKeys() override { return m_hotKeys; }
     [[nodiscard]] FocusInspector& focus() override { return m_focus; }
+    [[nodiscard]] MouseTap& mouseTap() override { return m_mouseTap; }
     [[nodiscard]] AccessibilityPlatform& accessibility() override { return m_accessibility; }
 
     [[nodiscard]] std::optional<QString> shortcoming() const override
@@ -56,6 +71,8 @@ private:
     std::unique_ptr<X11Pasteboard> m_pasteboard;
     X11KeystrokePoster m_keystrokes;
     X11HotKeyRegistrar m_hotKeys;
+    X11MouseTap m_mouseTap;
+    XcbEventFilter m_mouseEvents;
     AtSpiFocusInspector m_focus;
     X11AccessibilityPlatform m_accessibility;
 };

@@ -4,6 +4,7 @@
 #include "desktop/FocusInspector.h"
 #include "desktop/HotKeyRegistrar.h"
 #include "desktop/KeystrokePoster.h"
+#include "desktop/MouseTap.h"
 #include "desktop/Pasteboard.h"
 #include "foundation/Clock.h"
 #include "settings/SecretBackend.h"
@@ -29,6 +30,7 @@ public:
     [[nodiscard]] virtual KeystrokePoster& keystrokes() = 0;
     [[nodiscard]] virtual HotKeyRegistrar& hotKeys() = 0;
     [[nodiscard]] virtual FocusInspector& focus() = 0;
+    [[nodiscard]] virtual MouseTap& mouseTap() = 0;
     [[nodiscard]] virtual AccessibilityPlatform& accessibility() = 0;
 
     /// What the desktop lacks, and what works all the same, in a sentence; none while nothing is

@@ -4,8 +4,10 @@
 #include "ui/linux/LinuxAppearance.h"
 #include "ui/linux/TrayWatcher.h"
 #include "ui/linux/X11WindowSystem.h"
+#include "ui/linux/XcbSession.h"
 #include "ui/menubar/MenuBarController.h"
 #include "ui/menubar/MenuBarModel.h"
+#include "ui/optionmenu/OptionMenuPopup.h"
 #include "ui/panel/WindowOrigins.h"
 #include "ui/result/ResultPopup.h"
 #include "ui/shell/WidgetActivationPolicy.h"
@@ -31,6 +33,7 @@ struct UserInterface::Parts
         , policy(widgets, *windows)
         , origins(defaults, systemScreens())
         , alerts(theme, *windows, origins)
+        , optionMenu(fromServerPixels)
         , popup(theme, *windows, origins, settings)
     {
         dressApplication(theme);
@@ -45,6 +48,7 @@ struct UserInterface::Parts
     WidgetActivationPolicy policy;
     WindowOrigins origins;
     AlertWindowPresenter alerts;
+    OptionMenuPopup optionMenu;
     ResultPopup popup;
 };
 
@@ -75,6 +79,11 @@ bool UserInterface::openSettingsFirst()
     return false;
 }
 
+OptionMenuPresenter& UserInterface::optionMenu()
+{
+    return m_parts->optionMenu;
+}
+
 void UserInterface::presentTranslationResult(const QString& original, const QString& translated,
                                              const QString& diagnostics)
 {
@@ -97,12 +106,13 @@ void UserInterface::promptOnLaunchIfNeeded()
 struct TrayItem::Parts
 {
     Parts(UserInterface::Parts& interface, const AppSettings& settings, AppModel& appModel,
-          Clock& clock, std::function<void()> quit)
+          OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit)
         : watcher(QDBusConnection::sessionBus())
         , model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
         , controller(model, interface.theme, clock, watcher.bindableAvailable(),
-                     {[&appModel] {
+                     {[&appModel, &optionMenu, &settings] {
                           appModel.startHotKeys();
+                          optionMenu.setWanted(settings.optionRightClickMenu());
                           appModel.refreshOptionMenuStatus();
                       },
                       std::move(quit)})
@@ -115,8 +125,9 @@ struct TrayItem::Parts
 };
 
 TrayItem::TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model,
-                   Clock& clock, std::function<void()> quit)
-    : m_parts(std::make_unique<Parts>(*interface.m_parts, settings, model, clock, std::move(quit)))
+                   OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit)
+    : m_parts(std::make_unique<Parts>(*interface.m_parts, settings, model, optionMenu, clock,
+                                      std::move(quit)))
 {
 }
 

@@ -5,6 +5,7 @@
 #include "desktop/AppModel.h"
 #include "desktop/AppModelWindows.h"
 #include "desktop/ApplicationWindows.h"
+#include "desktop/OptionMenuPresenter.h"
 #include "foundation/Clock.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
@@ -27,6 +28,7 @@ public:
     [[nodiscard]] AlertPresenter& alerts();
     [[nodiscard]] ApplicationWindows& windows();
     [[nodiscard]] ActivationPolicy& activationPolicy();
+    [[nodiscard]] OptionMenuPresenter& optionMenu();
 
     /// Makes the settings window for the first time and opens it; false if there is none.
     [[nodiscard]] bool openSettingsFirst();
@@ -53,8 +55,8 @@ class TrayItem
 {
 public:
     /// All must outlive this object. `quit` is what the user's choice to end the program does.
-    TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model, Clock& clock,
-             std::function<void()> quit);
+    TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model,
+             OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit);
     ~TrayItem();
     Q_DISABLE_COPY_MOVE(TrayItem)
 

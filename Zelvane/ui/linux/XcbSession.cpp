@@ -1,6 +1,7 @@
 #include "ui/linux/XcbSession.h"
 
 #include <QGuiApplication>
+#include <QScreen>
 
 #include <cstdlib>
 #include <memory>
@@ -54,6 +55,21 @@ xcb_window_t selectionOwner(const XcbSession& session, xcb_atom_t selection)
     const Reply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
         session.connection, xcb_get_selection_owner(session.connection, selection), nullptr));
     return reply ? reply->owner : xcb_window_t(XCB_WINDOW_NONE);
+}
+
+QPoint fromServerPixels(QPoint pixels)
+{
+    // Screens keep their corner in pixels, whatever they are scaled by.
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    for (const QScreen* screen : screens) {
+        const QPoint corner = screen->geometry().topLeft();
+        const qreal scale = screen->devicePixelRatio();
+        const QSize size = (QSizeF(screen->geometry().size()) * scale).toSize();
+        if (QRect(corner, size).contains(pixels)) {
+            return corner + ((pixels - corner).toPointF() / scale).toPoint();
+        }
+    }
+    return pixels;
 }
 
 } // namespace zelvane

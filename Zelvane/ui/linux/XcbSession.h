@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QPoint>
 
 #include <xcb/xcb.h>
 
@@ -24,5 +25,8 @@ struct XcbSession
 
 /// The window that owns a selection; 0 for none.
 [[nodiscard]] xcb_window_t selectionOwner(const XcbSession& session, xcb_atom_t selection);
+
+/// A place in the X server's pixels as windows know it: on a scaled screen their units are larger.
+[[nodiscard]] QPoint fromServerPixels(QPoint pixels);
 
 } // namespace zelvane
