@@ -183,15 +183,11 @@ TEST_F(OptionMenu, staysOnTheScreen)
         << menu.x() << " " << menu.y() << " " << menu.width() << " " << menu.height();
 }
 
-TEST_F(OptionMenu, offLeavesTheClickToTheWindowBelow)
+TEST_F(OptionMenu, doesNotOpenWhileItIsOff)
 {
     session.setDefault(QStringLiteral("zv.optionRightClickMenu"), false);
     session.start();
-    const ForeignWindow below(session.desktop.display(), "Below");
-    session.desktop.focusWindow(session.desktop.waitForWindow(QStringLiteral("^Below$")));
-    EXPECT_FALSE(waitUntil([&] { return session.windowIsVisible(menuTitle); }, 50ms));
-    // With a window manager that has no use for the click of its own.
-    altClick({1, 799});
+    altClick({300, 200});
     EXPECT_FALSE(waitUntil([&] { return session.windowIsVisible(menuTitle); }, 400ms));
 }
 

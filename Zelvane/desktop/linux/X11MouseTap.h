@@ -43,18 +43,30 @@ private:
         friend bool operator==(const Grab&, const Grab&) = default;
     };
 
+    /// A press or release of the right button that a grab has brought.
+    struct Click
+    {
+        bool isPress = false;
+        quint32 modifiers = 0;
+        QPoint location;
+    };
+
     [[nodiscard]] std::optional<Grab> wantedGrab();
     [[nodiscard]] bool place();
     void lift();
-    [[nodiscard]] bool request(const Grab& grab);
+    [[nodiscard]] bool claim(const Grab& grab);
+    [[nodiscard]] bool grabDevices(const Grab& grab);
+    [[nodiscard]] std::optional<Click> clickFrom(const xcb_generic_event_t& event) const;
     void followKeyboard();
     void tellOfLoss();
-    [[nodiscard]] quint32 flagsOf(quint16 state);
+    [[nodiscard]] quint32 flagsOf(quint32 modifiers);
     [[nodiscard]] bool isRoot(xcb_window_t window) const { return m_roots.contains(window); }
 
     X11Session& m_session;
     xcb_connection_t* m_grabs;
     QList<xcb_window_t> m_roots;
+    /// The number of XInput 2 in the connection's events.
+    quint8 m_inputExtension = 0;
     Handler m_handler;
     std::optional<Grab> m_grab;
     QString m_refusal;

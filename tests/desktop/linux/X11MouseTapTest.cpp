@@ -24,7 +24,7 @@ public:
     Tap(const QByteArray& display, SystemClock& clock)
         : m_clock(clock)
         , m_session(std::move(*X11Session::open(display)))
-        , m_connection(std::move(*XcbConnection::open(display, {})))
+        , m_connection(std::move(*XcbConnection::open(display, {XExtension::xinput2})))
         , m_events(
               *m_connection,
               [this](const xcb_generic_event_t& event) {

@@ -10,6 +10,7 @@
 #include "ui/gallery/StandIn.h"
 #include "ui/gallery/Texts.h"
 #include "ui/menubar/MenuBarController.h"
+#include "ui/optionmenu/OptionMenuPopup.h"
 #include "ui/result/ResultPopup.h"
 #include "ui/style/Symbols.h"
 
@@ -164,6 +165,35 @@ private:
     std::unique_ptr<MenuBarController> m_controller;
 };
 
+/// The menu at Alt + right click, with the second entry under the pointer.
+class OptionMenuExhibit final : public Exhibit
+{
+public:
+    OptionMenuExhibit()
+        : m_popup([](QPoint location) { return location; })
+    {
+        QList<QList<OptionMenuContent::Item>> groups;
+        for (const QString& format :
+             {LOCALIZATION_KEY("Translate %@"), LOCALIZATION_KEY("Translate %@ (window)")}) {
+            QList<OptionMenuContent::Item> items;
+            for (const QString& direction :
+                 {QStringLiteral("Any Language → English (US)"),
+                  QStringLiteral("English (US) → Chinese (Simplified)")}) {
+                items += {localizedFormat(format, {direction}), {}};
+            }
+            groups += items;
+        }
+        m_popup.popUp({QStringLiteral("Zelvane Desk"), groups}, {300, 200},
+                      [](const MenuChoice&) {});
+        m_popup.menu()->setActiveAction(m_popup.menu()->actions().at(1));
+    }
+
+    [[nodiscard]] QWidget* window() override { return m_popup.menu(); }
+
+private:
+    OptionMenuPopup m_popup;
+};
+
 Scene popupScene(const QString& name, const QString& original, const QString& translated,
                  TranslationWindowSize size = TranslationWindowSize::medium)
 {
@@ -219,6 +249,8 @@ QList<Scene> allScenes()
          [](const Stage& stage) { return std::make_unique<IconSheet>(stage); }},
         {QStringLiteral("menu"),
          [](const Stage& stage) { return std::make_unique<MenuExhibit>(stage); }},
+        {QStringLiteral("option-menu"),
+         [](const Stage&) { return std::make_unique<OptionMenuExhibit>(); }},
         popupScene(QStringLiteral("short"), texts::shortEnglish(), texts::shortGerman()),
         copiedScene(),
         focusScene(QStringLiteral("copy"), 1),
