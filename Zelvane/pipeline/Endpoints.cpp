@@ -59,10 +59,11 @@ QString checkedBase(const QString& text)
     return base;
 }
 
-QString urlAt(const QString& standardBase, AIProvider provider, const QString& path,
+/// `name` is the end of the default's key.
+QString urlAt(const QString& standardBase, const QString& name, const QString& path,
               const UserDefaults& defaults)
 {
-    const QString key = QStringLiteral("zv.endpoint.") + rawValue(provider);
+    const QString key = QStringLiteral("zv.endpoint.") + name;
     const QString own = text::trimmed(defaults.string(key).value_or(QString()));
     const QString base = own.isEmpty() ? standardBase : checkedBase(own);
     return base.isEmpty() ? QString() : base + path;
@@ -83,12 +84,12 @@ QString withoutOuterSlashes(QStringView text)
 
 QString endpointUrl(AIProvider provider, const QString& path, const UserDefaults& defaults)
 {
-    return urlAt(publicBase(provider), provider, path, defaults);
+    return urlAt(publicBase(provider), rawValue(provider), path, defaults);
 }
 
 QString deepLEndpointUrl(DeepLPlan plan, const QString& path, const UserDefaults& defaults)
 {
-    return urlAt(publicBase(plan), AIProvider::deepL, path, defaults);
+    return urlAt(publicBase(plan), rawValue(AIProvider::deepL), path, defaults);
 }
 
 QString hostedServiceUrl(const QString& workerUrl, const QString& path,
@@ -100,6 +101,12 @@ QString hostedServiceUrl(const QString& workerUrl, const QString& path,
     }
     const QString base = checkedBase(own);
     return base.isEmpty() ? QString() : base + path;
+}
+
+QString dictionariesUrl(const QString& path, const UserDefaults& defaults)
+{
+    return urlAt(QStringLiteral("https://download.wikdict.com"), QStringLiteral("dictionaries"),
+                 path, defaults);
 }
 
 } // namespace zelvane

@@ -33,4 +33,8 @@ enum class DeepLPlan { free, paid };
 [[nodiscard]] QString hostedServiceUrl(const QString& workerUrl, const QString& path,
                                        const UserDefaults& defaults);
 
+/// The address of a file of the dictionaries' publisher. The default `zv.endpoint.dictionaries`, a
+/// mirror, takes the place of its host under the same rules as above.
+[[nodiscard]] QString dictionariesUrl(const QString& path, const UserDefaults& defaults);
+
 } // namespace zelvane

@@ -182,6 +182,20 @@ TEST(Endpoints, theHostedServicesPublicHostCanBeReplacedAsAnyOther)
               QStringLiteral("https://worker.example/v1/quota"));
 }
 
+TEST(Endpoints, theDictionariesCanComeFromAMirror)
+{
+    OverlayUserDefaults defaults;
+    const auto url = [&] {
+        return dictionariesUrl(QStringLiteral("/dictionaries/de-en.sqlite3"), defaults);
+    };
+    EXPECT_EQ(url(), QStringLiteral("https://download.wikdict.com/dictionaries/de-en.sqlite3"));
+    const QString key = QStringLiteral("zv.endpoint.dictionaries");
+    defaults.setValue(key, QStringLiteral("https://mirror.example/wikdict/"));
+    EXPECT_EQ(url(), QStringLiteral("https://mirror.example/wikdict/dictionaries/de-en.sqlite3"));
+    defaults.setValue(key, QStringLiteral("http://mirror.example"));
+    EXPECT_EQ(url(), QString());
+}
+
 TEST(Loopback, isThisMachineUnderEachOfItsNames)
 {
     for (const char* url :
