@@ -68,7 +68,7 @@ QSize TextButton::sizeHint() const
     const int padding = m_kind == ControlKind::plain ? plainPadding : textPadding;
     const int room = leadingWidth() + words + trailingWidth() + 2 * padding;
     return {m_kind == ControlKind::plain ? room : std::max(room, minimalWidth),
-            controlHeight(*this)};
+            controlHeight(m_theme)};
 }
 
 QSize TextButton::minimumSizeHint() const

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QFocusEvent>
-#include <QPainter>
 
 namespace zelvane {
 
@@ -22,6 +21,22 @@ bool cameFromKeyboard(Qt::FocusReason reason)
 }
 
 } // namespace
+
+double focusRadius(const QWidget& widget, const Theme& theme)
+{
+    const QVariant radius = widget.property(focusRadiusProperty);
+    return radius.isValid() ? radius.toDouble() : theme.tokens().controlRadius();
+}
+
+void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const Theme& theme)
+{
+    constexpr double outset = ringGap + ringWidth / 2;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(theme.colors().focusRing, ringWidth));
+    painter.drawRoundedRect(rect.adjusted(-outset, -outset, outset, outset), radius + outset,
+                            radius + outset);
+}
 
 FocusRing::FocusRing(const Theme& theme, QWidget& parent)
     : QWidget(&parent)
@@ -98,20 +113,13 @@ void FocusRing::place()
     update();
 }
 
-double FocusRing::targetRadius() const
-{
-    const QVariant radius = m_target ? m_target->property(focusRadiusProperty) : QVariant();
-    return radius.isValid() ? radius.toDouble() : m_theme.tokens().controlRadius();
-}
-
 void FocusRing::paintEvent(QPaintEvent*)
 {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(m_theme.colors().focusRing, ringWidth));
-    const double inset = ringReach - ringGap - ringWidth / 2;
-    const double radius = targetRadius() + ringGap + ringWidth / 2;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
+    if (m_target) {
+        QPainter painter(this);
+        const QRectF inner = QRectF(rect()).adjusted(ringReach, ringReach, -ringReach, -ringReach);
+        paintFocusRing(painter, inner, focusRadius(*m_target, m_theme), m_theme);
+    }
 }
 
 } // namespace zelvane

@@ -2,10 +2,17 @@
 
 #include "ui/style/Theme.h"
 
+#include <QPainter>
 #include <QPointer>
 #include <QWidget>
 
 namespace zelvane {
+
+/// How round the ring around `widget` is inside.
+[[nodiscard]] double focusRadius(const QWidget& widget, const Theme& theme);
+
+/// Paints the ring around `rect`, which has corners of `radius`.
+void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const Theme& theme);
 
 /// The ring around the widget that has the keyboard focus, for all widgets of one window.
 ///
@@ -32,7 +39,6 @@ protected:
 private:
     void follow(QWidget* focused);
     void place();
-    [[nodiscard]] double targetRadius() const;
 
     const Theme& m_theme;
     QPointer<QWidget> m_target;

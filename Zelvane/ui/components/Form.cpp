@@ -20,7 +20,7 @@ constexpr int formSymbol = 18;
 constexpr int bannerSymbol = 22;
 /// From the card's edge to what stands in it.
 constexpr int cardInset = 14;
-constexpr int rowPadding = 9;
+constexpr int rowPadding = 10;
 
 QAccessibleInterface* makeAccessible(const QString&, QObject* object)
 {
@@ -153,10 +153,13 @@ FormRow::FormRow(const Theme& theme, QWidget* parent)
     auto* words = new QVBoxLayout;
     words->setContentsMargins(0, 0, 0, 0);
     words->setSpacing(2);
+    words->addStretch(1);
     words->addWidget(m_title);
     words->addWidget(m_note);
+    words->addStretch(1);
     m_title->setWordWrap(true);
     m_symbolLabel->hide();
+    m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->addWidget(m_symbolLabel);
     m_layout->addLayout(words, 1);
     keepStyled(*this, theme, [this] { restyle(); });
@@ -247,6 +250,7 @@ ProgressRow::ProgressRow(const Theme& theme, QWidget* parent)
     column->addWidget(m_bar);
     column->addWidget(m_detail);
     auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
     row->addLayout(column, 1);
     row->addWidget(m_cancel, 0, Qt::AlignVCenter);
     m_message->setElides(true);
@@ -292,8 +296,10 @@ Banner::Banner(const Theme& theme, QWidget* parent)
     m_body->setWordWrap(true);
     auto* words = new QVBoxLayout;
     words->setSpacing(2);
+    words->addStretch(1);
     words->addWidget(m_title);
     words->addWidget(m_body);
+    words->addStretch(1);
     m_layout->addWidget(m_symbol);
     m_layout->addLayout(words, 1);
     keepStyled(*this, theme, [this] {

@@ -104,12 +104,12 @@ QSize ListRow::sizeHint() const
     if (!m_trailing.isEmpty()) {
         width += advance(font(), m_trailing) + 2 * symbolGap;
     }
-    return {width, controlHeight(*this)};
+    return {width, controlHeight(m_theme)};
 }
 
 QSize ListRow::minimumSizeHint() const
 {
-    return {60, controlHeight(*this)};
+    return {60, controlHeight(m_theme)};
 }
 
 void ListRow::paintEvent(QPaintEvent*)

@@ -129,9 +129,11 @@ int OptionList::count() const
 
 void OptionList::setCurrentRow(int row)
 {
+    const bool wasOutside = currentRow() < 0;
     const QModelIndex index = m_options->index(row);
     setCurrentIndex(index);
-    scrollTo(index, QAbstractItemView::EnsureVisible);
+    scrollTo(index,
+             wasOutside ? QAbstractItemView::PositionAtCenter : QAbstractItemView::EnsureVisible);
     viewport()->update();
 }
 

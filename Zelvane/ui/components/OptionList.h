@@ -36,7 +36,7 @@ public:
     [[nodiscard]] int count() const;
     /// The entry that Return chooses; -1 for none.
     [[nodiscard]] int currentRow() const { return currentIndex().row(); }
-    /// Brings the entry into view as well.
+    /// Brings the entry into view as well, the first one into the middle of it.
     void setCurrentRow(int row);
 
 Q_SIGNALS:

@@ -108,12 +108,12 @@ void PickerButton::valueChanged()
 QSize PickerButton::sizeHint() const
 {
     const int width = m_preferredWidth > 0 ? m_preferredWidth : widestText() + textInset + textEnd;
-    return {width, controlHeight(*this)};
+    return {width, controlHeight(m_theme)};
 }
 
 QSize PickerButton::minimumSizeHint() const
 {
-    return {std::min(sizeHint().width(), 80), controlHeight(*this)};
+    return {std::min(sizeHint().width(), 80), controlHeight(m_theme)};
 }
 
 void PickerButton::paintEvent(QPaintEvent*)

@@ -124,12 +124,12 @@ QSize SegmentedControl::sizeHint() const
         widest = std::max(widest, QFontMetricsF(font()).horizontalAdvance(segment->text()));
     }
     const int segmentWidth = int(std::ceil(widest)) + 2 * textPadding;
-    return {segmentWidth * std::max(1, count()) + int(2 * inset), controlHeight(*this)};
+    return {segmentWidth * std::max(1, count()) + int(2 * inset), controlHeight(m_theme)};
 }
 
 QSize SegmentedControl::minimumSizeHint() const
 {
-    return {40 * std::max(1, count()), controlHeight(*this)};
+    return {40 * std::max(1, count()), controlHeight(m_theme)};
 }
 
 QRectF SegmentedControl::segmentRect(double place) const

@@ -1,6 +1,7 @@
 #include "ui/components/Styling.h"
 
 #include <QEvent>
+#include <QFontMetrics>
 
 #include <utility>
 
@@ -63,9 +64,9 @@ void prepareControl(QWidget& widget, const Theme& theme)
     prepareControl(widget, theme, [&theme] { return theme.tokens().controlRadius(); });
 }
 
-int controlHeight(const QWidget& widget)
+int controlHeight(const Theme& theme)
 {
-    return widget.fontMetrics().height() + 13;
+    return QFontMetrics(theme.font(StyleFontRole::body)).height() + 13;
 }
 
 } // namespace zelvane

@@ -28,6 +28,6 @@ void prepareControl(QWidget& widget, const Theme& theme, std::function<double()>
 void prepareControl(QWidget& widget, const Theme& theme);
 
 /// The height of controls of one line, so that they line up beside one another.
-[[nodiscard]] int controlHeight(const QWidget& widget);
+[[nodiscard]] int controlHeight(const Theme& theme);
 
 } // namespace zelvane

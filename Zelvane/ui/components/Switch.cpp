@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 constexpr QSize trackSize(38, 22);
 constexpr double knobInset = 2;
-constexpr double disabledOpacity = 0.45;
+constexpr double disabledOpacity = 0.55;
 
 /// Between two opaque colours.
 QColor mixed(QColor over, const QColor& under, double share)

@@ -46,7 +46,9 @@ void TextField::restyle()
     palette.setColor(QPalette::Base, Qt::transparent);
     palette.setColor(QPalette::Text, colors.text);
     palette.setColor(QPalette::PlaceholderText, colors.tertiaryText);
-    palette.setColor(QPalette::Disabled, QPalette::Text, colors.disabledText);
+    for (const QPalette::ColorRole role : {QPalette::Text, QPalette::PlaceholderText}) {
+        palette.setColor(QPalette::Disabled, role, colors.disabledText);
+    }
     palette.setColor(QPalette::Highlight, colors.textSelection);
     palette.setColor(QPalette::HighlightedText, colors.text);
     setPalette(palette);
@@ -55,21 +57,25 @@ void TextField::restyle()
 
 QSize TextField::sizeHint() const
 {
-    return {24 * fontMetrics().averageCharWidth(), controlHeight(*this)};
+    return {24 * fontMetrics().averageCharWidth(), controlHeight(m_theme)};
 }
 
 QSize TextField::minimumSizeHint() const
 {
-    return {60, controlHeight(*this)};
+    return {60, controlHeight(m_theme)};
 }
 
 void TextField::paintEvent(QPaintEvent* event)
 {
     {
         const ThemeColors& colors = m_theme.colors();
+        QColor border = colors.controlBorder;
+        if (underMouse() && isEnabled()) {
+            border.setAlphaF(std::min(1.0F, border.alphaF() * 1.8F));
+        }
         QPainter painter(this);
         paintRounded(painter, rect(), m_theme.tokens().controlRadius(),
-                     isEnabled() ? colors.well : colors.window, colors.controlBorder);
+                     isEnabled() ? colors.well : colors.window, border);
     }
     QLineEdit::paintEvent(event);
 }

@@ -163,6 +163,7 @@ void TextWell::restyle()
     palette.setColor(QPalette::Base, Qt::transparent);
     palette.setColor(QPalette::Text, colors.text);
     palette.setColor(QPalette::PlaceholderText, colors.tertiaryText);
+    palette.setColor(QPalette::Disabled, QPalette::Text, colors.disabledText);
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
         palette.setColor(group, QPalette::Highlight, colors.textSelection);
         palette.setColor(group, QPalette::HighlightedText, colors.text);

@@ -1,10 +1,7 @@
 #include "ui/language/SearchableLanguagePicker.h"
 
 #include "settings/Localization.h"
-#include "ui/components/OptionList.h"
 #include "ui/components/Styling.h"
-#include "ui/components/TextField.h"
-#include "ui/components/ThemedLabel.h"
 
 #include <QKeyEvent>
 #include <QVBoxLayout>
@@ -78,8 +75,8 @@ void SearchableLanguagePicker::open()
     m_popover->setWindowTitle(accessibleName());
     m_popover->setContent(makeContent());
     m_popover->setContentSize({qRound(sheets.pickerWidth), qRound(sheets.pickerHeight)});
-    showRows();
     m_popover->openAt(QRect(mapToGlobal(QPoint(0, 0)), size()));
+    showRows();
     m_search->setFocus(Qt::PopupFocusReason);
 }
 

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "ui/components/OptionList.h"
 #include "ui/components/Picker.h"
 #include "ui/components/Popover.h"
+#include "ui/components/TextField.h"
+#include "ui/components/ThemedLabel.h"
 #include "ui/language/LanguagePickerModel.h"
 
 #include <QPointer>
 
 namespace zelvane {
-
-class OptionList;
-class SearchField;
-class ThemedLabel;
 
 /// A choice of a language: closed it shows the selected one; a click opens a list that narrows down
 /// while the user types.

@@ -1,5 +1,6 @@
 #include "ui/style/Symbols.h"
 
+#include <QDir>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
@@ -15,10 +16,15 @@ namespace zelvane {
 
 namespace {
 
-QPixmap rendered(const QString& name, int size, double devicePixelRatio)
+QString iconFolder()
 {
     [[maybe_unused]] static const bool loaded = (loadIconResources(), true);
-    QSvgRenderer renderer(QStringLiteral(":/zelvane/icons/%1.svg").arg(name));
+    return QStringLiteral(":/zelvane/icons/");
+}
+
+QPixmap rendered(const QString& name, int size, double devicePixelRatio)
+{
+    QSvgRenderer renderer(iconFolder() + name + QStringLiteral(".svg"));
     Q_ASSERT_X(renderer.isValid(), "symbol", qPrintable(name));
     const int pixels = qRound(size * devicePixelRatio);
     QPixmap pixmap(pixels, pixels);
@@ -48,6 +54,19 @@ QPixmap symbolPixmap(const QString& name, const QColor& color, int size, double 
         QPixmapCache::insert(key, pixmap);
     }
     return pixmap;
+}
+
+QStringList symbolNames()
+{
+    QStringList names;
+    for (const QString& file : QDir(iconFolder()).entryList(QDir::Files, QDir::Name)) {
+        const QString name = file.chopped(4); // ".svg"
+        const bool isPicture = name.contains(QStringLiteral("zelvane")) || name[0].isUpper();
+        if (!isPicture) {
+            names.append(name);
+        }
+    }
+    return names;
 }
 
 QPixmap picturePixmap(const QString& name, int size, double devicePixelRatio, double opacity)

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QPixmap>
 #include <QString>
+#include <QStringList>
 
 namespace zelvane {
 
@@ -11,6 +12,9 @@ namespace zelvane {
 /// use.
 [[nodiscard]] QPixmap symbolPixmap(const QString& name, const QColor& color, int size,
                                    double devicePixelRatio);
+
+/// The names of all symbols, in alphabetical order.
+[[nodiscard]] QStringList symbolNames();
 
 /// A picture of the icon set in its own colours, as opaque as `opacity` says.
 [[nodiscard]] QPixmap picturePixmap(const QString& name, int size, double devicePixelRatio,

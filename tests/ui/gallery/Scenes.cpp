@@ -8,6 +8,7 @@
 #include "support/FakeSecretBackend.h"
 #include "ui/alert/AlertWindowPresenter.h"
 #include "ui/gallery/StandIn.h"
+#include "ui/gallery/StyleScenes.h"
 #include "ui/gallery/Texts.h"
 #include "ui/menubar/MenuBarController.h"
 #include "ui/optionmenu/OptionMenuPopup.h"
@@ -244,7 +245,8 @@ QList<Scene> allScenes()
     const QStringList permission{localizedText(QStringLiteral("Request Permission…")),
                                  localizedText(QStringLiteral("Relaunch Zelvane Desk")),
                                  localizedText(QStringLiteral("Cancel"))};
-    return {
+    QList<Scene> scenes = styleScenes();
+    scenes += {
         {QStringLiteral("icons"),
          [](const Stage& stage) { return std::make_unique<IconSheet>(stage); }},
         {QStringLiteral("menu"),
@@ -279,6 +281,7 @@ QList<Scene> allScenes()
                     texts::longEnglish() + QStringLiteral("\n\n") + texts::longGerman(),
                     {localizedText(QStringLiteral("OK"))}}),
     };
+    return scenes;
 }
 
 } // namespace zelvane::gallery

@@ -34,8 +34,6 @@ namespace zelvane::gallery {
 
 namespace {
 
-/// Room around a window in its picture.
-constexpr int surroundings = 24;
 /// For the desktop to show a window and its compositor to paint it.
 constexpr int settlingTime = 350;
 
@@ -74,17 +72,22 @@ private:
     bool m_dark;
 };
 
-QPixmap pictureOf(QWidget& window, QWidget& backdrop)
+/// The tables of the style page stand for themselves; windows float over something.
+int surroundings(const Scene& scene)
 {
-    const QRect area =
-        window.geometry().adjusted(-surroundings, -surroundings, surroundings, surroundings);
+    return scene.name.startsWith(QStringLiteral("style-")) ? 0 : 24;
+}
+
+QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
+{
+    const QRect area = window.geometry().adjusted(-around, -around, around, around);
     if (QGuiApplication::platformName() == QStringLiteral("xcb")) {
         return QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(),
                                                             area.height());
     }
     QPixmap picture = backdrop.grab(area.translated(-backdrop.pos()));
     QPainter painter(&picture);
-    window.render(&painter, QPoint(surroundings, surroundings));
+    window.render(&painter, QPoint(around, around));
     return picture;
 }
 
@@ -232,7 +235,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
                                      .arg(folder, scene.name,
                                           scheme == ColorScheme::dark ? QStringLiteral("dark")
                                                                       : QStringLiteral("light"));
-            if (!pictureOf(*exhibit->window(), backdrop).save(file)) {
+            if (!pictureOf(*exhibit->window(), backdrop, surroundings(scene)).save(file)) {
                 std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
                 return 1;
             }
