@@ -17,12 +17,18 @@ constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 /// The write end for the handler, which may do little more than write to a descriptor.
 std::array<int, 2> channel{-1, -1};
 
+/// What else is to be done at once; may be null.
+void (*hook)() = nullptr;
+
 void forward(int number)
 {
     const int savedErrno = errno;
     // A second signal finds the system's own handler.
     for (const int ending : endingSignals) {
         std::signal(ending, SIG_DFL);
+    }
+    if (hook) {
+        hook();
     }
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = ::write(channel[0], &byte, 1);
@@ -31,8 +37,9 @@ void forward(int number)
 
 } // namespace
 
-UnixSignals::UnixSignals(std::function<void(int)> onSignal)
+UnixSignals::UnixSignals(std::function<void(int)> onSignal, void (*atArrival)())
 {
+    hook = atArrival;
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, channel.data()) != 0) {
         qFatal("no socket pair for signals");
     }

@@ -12,8 +12,9 @@ namespace zelvane {
 class UnixSignals
 {
 public:
-    /// `onSignal` runs on the calling thread, which must run an event loop.
-    explicit UnixSignals(std::function<void(int)> onSignal);
+    /// `onSignal` runs on the calling thread, which must run an event loop. `atArrival` runs in the
+    /// signal handler, whatever that thread does; it may do no more than handlers may.
+    explicit UnixSignals(std::function<void(int)> onSignal, void (*atArrival)() = nullptr);
     ~UnixSignals();
     Q_DISABLE_COPY_MOVE(UnixSignals)
 

@@ -43,6 +43,11 @@ ApplicationShell::LaunchSteps DesktopParts::launchSteps()
     };
 }
 
+void DesktopParts::showPermission()
+{
+    m_settingsWindow.requestOpen(SettingsWindow::PendingSection::accessibility);
+}
+
 void DesktopParts::tellOfActivation()
 {
     QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &m_model,

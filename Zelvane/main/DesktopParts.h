@@ -25,6 +25,9 @@ public:
     /// Begins the program's work, in its order.
     void launch() { m_shell.didFinishLaunching(); }
 
+    /// Shows the page that says what this session lets the program do.
+    void showPermission();
+
     [[nodiscard]] AppModel& model() { return m_model; }
     [[nodiscard]] ApplicationShell& shell() { return m_shell; }
 

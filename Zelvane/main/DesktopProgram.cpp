@@ -1,5 +1,6 @@
 #include "main/DesktopProgram.h"
 
+#include "foundation/EndDeadline.h"
 #include "foundation/StopSequence.h"
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
@@ -7,14 +8,26 @@
 #include "main/DesktopReport.h"
 #include "main/Platform.h"
 #include "main/ProgramCore.h"
+#include "main/ProgramFile.h"
 #include "main/UserStore.h"
 #include "settings/Localization.h"
 
 #include <QApplication>
 
+#include <tuple>
+#include <utility>
+
 namespace zelvane {
 
 namespace {
+
+/// How a run ended.
+struct End
+{
+    int status = 0;
+    /// The user wants the program back.
+    bool relaunch = false;
+};
 
 void nameApplication()
 {
@@ -23,37 +36,72 @@ void nameApplication()
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
-} // namespace
+QCoro::Task<void> limitTheEnd()
+{
+    beginEndDeadline();
+    co_return;
+}
 
-int runDesktopProgram(const CommandLine& line, const QString& key, int argc, char** argv)
+End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** argv)
 {
     SystemClock clock;
     UserStore store(line.profile);
     installLocalization(&store.defaults());
-    // Before Qt, which ends the process by itself where there is no display.
-    if (const auto reason = whyNoWindows()) {
+    if (const auto reason = chooseDisplay()) {
         complain(*reason);
-        return int(ExitStatus::failure);
+        return {.status = int(ExitStatus::failure)};
     }
     QApplication application(argc, argv);
     nameApplication();
     StopSequence stop(clock, [] { QApplication::quit(); });
-    const UnixSignals endInOrder([&stop](int) { stop.begin(); });
+    stop.aboutToStop([] { return limitTheEnd(); });
+    const UnixSignals endInOrder([&stop](int) { stop.begin(); }, beginEndDeadline);
+
+    End end;
+    DesktopParts* running = nullptr;
+    DesktopRequests requests{.showPrompt = [&running] { running->showPermission(); },
+                             .relaunch =
+                                 [&end, &stop] {
+                                     end.relaunch = true;
+                                     stop.begin();
+                                 }};
 
     // What is made first ends last: the clipboard is handed over before engines are waited for.
     ProgramCore core(store, key, clock, stop);
-    const auto desktop = openDesktop(clock, [] {});
-    if (!desktop) {
-        complain(desktop.error());
-        return int(ExitStatus::failure);
-    }
-    DesktopParts parts(core, **desktop);
+    const auto desktop = openDesktop(clock, std::move(requests));
+    DesktopParts parts(core, *desktop);
+    running = &parts;
     if (line.report) {
         reportOn(parts.model());
     }
     parts.launch();
-    const ShortcomingNotice notice(**desktop, clock);
-    return QApplication::exec();
+    const ShortcomingNotice notice(*desktop, clock);
+    end.status = QApplication::exec();
+    return end;
+}
+
+/// The arguments of this start, for another one that the user asks for.
+QStringList argumentsForAnother(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    return arguments;
+}
+
+} // namespace
+
+int runDesktopProgram(const CommandLine& line, const QString& key, int argc, char** argv)
+{
+    std::ignore = programFile(); // while it can't have been replaced
+    const QStringList arguments = argumentsForAnother(argc, argv);
+    const End end = runToTheEnd(line, key, argc, argv);
+    if (end.relaunch) {
+        // Now that its shortcuts, its clipboard and its name on the bus are free.
+        startProgramAgain(arguments, key);
+    }
+    return end.status;
 }
 
 } // namespace zelvane

@@ -1,3 +1,4 @@
+#include "desktop/AbsentDesktop.h"
 #include "desktop/linux/ClipboardExchange.h"
 #include "desktop/linux/X11AccessibilityPlatform.h"
 #include "desktop/linux/X11HotKeyRegistrar.h"
@@ -11,7 +12,8 @@
 #include "ui/linux/XcbEventFilter.h"
 #include "ui/linux/XcbSession.h"
 
-#include <xcb/xcb.h>
+#include <expected>
+#include <utility>
 
 namespace zelvane {
 
@@ -24,55 +26,92 @@ xcb_connection_t* interfaceConnection()
     return session ? session->connection : nullptr;
 }
 
-/// A desktop under X11. Keys go over one connection; the clipboard is served over another one.
-/// Right clicks are taken over that of the interface, whose menu they open.
+/// A session whose desktop the program can work in: keys go over one connection to the X server,
+/// the clipboard is served over another one. Right clicks are taken over that of the interface,
+/// whose menu they open.
+struct X11Adapters
+{
+    X11Adapters(std::unique_ptr<X11Session> opened, Clock& clock)
+        : session(std::move(opened))
+        , keystrokes(*session, exchange, clock)
+        , hotKeys(*session)
+        , mouseTap(*session, interfaceConnection())
+        , mouseEvents(
+              [this](const xcb_generic_event_t& event) { return mouseTap.handleEvent(event); })
+    {
+    }
+
+    std::unique_ptr<X11Session> session;
+    ClipboardExchange exchange;
+    std::unique_ptr<X11Pasteboard> pasteboard;
+    X11KeystrokePoster keystrokes;
+    X11HotKeyRegistrar hotKeys;
+    X11MouseTap mouseTap;
+    XcbEventFilter mouseEvents;
+};
+
+/// The adapters, or a sentence about what of them can't be had.
+std::expected<std::unique_ptr<X11Adapters>, QString> openX11(Clock& clock)
+{
+    auto session = X11Session::open();
+    if (!session) {
+        return std::unexpected(session.error());
+    }
+    auto adapters = std::make_unique<X11Adapters>(std::move(*session), clock);
+    auto pasteboard = X11Pasteboard::open(adapters->exchange);
+    if (!pasteboard) {
+        return std::unexpected(pasteboard.error());
+    }
+    adapters->pasteboard = std::move(*pasteboard);
+    return adapters;
+}
+
+struct AbsentAdapters
+{
+    AbsentPasteboard pasteboard;
+    AbsentKeystrokes keystrokes;
+    AbsentHotKeys hotKeys;
+    AbsentMouseTap mouseTap;
+};
+
 class LinuxDesktop final : public Desktop
 {
 public:
-    LinuxDesktop(std::unique_ptr<X11Session> session, Clock& clock,
-                 std::function<void()> showPrompt)
-        : m_session(std::move(session))
-        , m_keystrokes(*m_session, m_exchange, clock)
-        , m_hotKeys(*m_session)
-        , m_mouseTap(*m_session, interfaceConnection())
-        , m_mouseEvents(
-              [this](const xcb_generic_event_t& event) { return m_mouseTap.handleEvent(event); })
+    LinuxDesktop(Clock& clock, DesktopRequests requests)
+        : m_x11(openX11(clock))
         , m_focus(clock)
-        , m_accessibility(m_session.get(), std::move(showPrompt))
+        , m_accessibility(m_x11 ? (*m_x11)->session.get() : nullptr,
+                          {std::move(requests.showPrompt), std::move(requests.relaunch)})
     {
     }
 
-    /// A sentence if the clipboard can't be served.
-    [[nodiscard]] std::optional<QString> openPasteboard()
+    [[nodiscard]] Pasteboard& pasteboard() override
     {
-        auto pasteboard = X11Pasteboard::open(m_exchange);
-        if (!pasteboard) {
-            return pasteboard.error();
-        }
-        m_pasteboard = std::move(*pasteboard);
-        return std::nullopt;
+        return m_x11 ? static_cast<Pasteboard&>(*(*m_x11)->pasteboard) : m_absent.pasteboard;
     }
-
-    [[nodiscard]] Pasteboard& pasteboard() override { return *m_pasteboard; }
-    [[nodiscard]] KeystrokePoster& keystrokes() override { return m_keystrokes; }
-    [[nodiscard]] HotKeyRegistrar& hotKeys() override { return m_hotKeys; }
+    [[nodiscard]] KeystrokePoster& keystrokes() override
+    {
+        return m_x11 ? static_cast<KeystrokePoster&>((*m_x11)->keystrokes) : m_absent.keystrokes;
+    }
+    [[nodiscard]] HotKeyRegistrar& hotKeys() override
+    {
+        return m_x11 ? static_cast<HotKeyRegistrar&>((*m_x11)->hotKeys) : m_absent.hotKeys;
+    }
     [[nodiscard]] FocusInspector& focus() override { return m_focus; }
-    [[nodiscard]] MouseTap& mouseTap() override { return m_mouseTap; }
+    [[nodiscard]] MouseTap& mouseTap() override
+    {
+        return m_x11 ? static_cast<MouseTap&>((*m_x11)->mouseTap) : m_absent.mouseTap;
+    }
     [[nodiscard]] AccessibilityPlatform& accessibility() override { return m_accessibility; }
 
     [[nodiscard]] std::optional<QString> shortcoming() const override
     {
-        return m_focus.unavailable();
+        return m_x11 ? m_focus.unavailable() : m_x11.error();
     }
 
 private:
-    std::unique_ptr<X11Session> m_session;
-    ClipboardExchange m_exchange;
-    std::unique_ptr<X11Pasteboard> m_pasteboard;
-    X11KeystrokePoster m_keystrokes;
-    X11HotKeyRegistrar m_hotKeys;
-    X11MouseTap m_mouseTap;
-    XcbEventFilter m_mouseEvents;
+    std::expected<std::unique_ptr<X11Adapters>, QString> m_x11;
+    AbsentAdapters m_absent;
     AtSpiFocusInspector m_focus;
     X11AccessibilityPlatform m_accessibility;
 };
@@ -84,35 +123,9 @@ std::unique_ptr<SecretBackend> openSecretStore()
     return std::make_unique<LibSecretBackend>();
 }
 
-std::optional<QString> whyNoWindows()
+std::unique_ptr<Desktop> openDesktop(Clock& clock, DesktopRequests requests)
 {
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const bool reached = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    if (reached) {
-        return std::nullopt;
-    }
-    const QString display = qEnvironmentVariable("DISPLAY");
-    const QString what = display.isEmpty()
-                             ? QStringLiteral("there is no X display (DISPLAY is not set)")
-                             : QStringLiteral("the X display \"%1\" can't be reached").arg(display);
-    return what + QStringLiteral("; \"zelvane-desk translate\" and \"zelvane-desk defaults\" work "
-                                 "without one");
-}
-
-std::expected<std::unique_ptr<Desktop>, QString> openDesktop(Clock& clock,
-                                                             std::function<void()> showPrompt)
-{
-    auto session = X11Session::open();
-    if (!session) {
-        return std::unexpected(session.error());
-    }
-    auto desktop =
-        std::make_unique<LinuxDesktop>(std::move(*session), clock, std::move(showPrompt));
-    if (const auto problem = desktop->openPasteboard()) {
-        return std::unexpected(*problem);
-    }
-    return desktop;
+    return std::make_unique<LinuxDesktop>(clock, std::move(requests));
 }
 
 } // namespace zelvane

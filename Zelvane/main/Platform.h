@@ -11,7 +11,6 @@
 
 #include <QString>
 
-#include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -41,13 +40,22 @@ public:
 /// The user's store of secrets.
 [[nodiscard]] std::unique_ptr<SecretBackend> openSecretStore();
 
-/// Why this session can't show windows, and what works all the same, in a sentence; none if it can.
-/// To be asked before the application object is made, which ends the process in that case.
-[[nodiscard]] std::optional<QString> whyNoWindows();
+/// Has Qt show its windows where the program can do most, unless the user has chosen. Yields why
+/// this session can't show windows, and what works all the same, in a sentence; none if it can.
+/// To be called before the application object is made, which ends the process in that case.
+[[nodiscard]] std::optional<QString> chooseDisplay();
 
-/// The session's desktop. The error is a sentence about what is missing and what still works.
-/// `showPrompt` tells the user how to let the program press keys. `clock` must outlive the desktop.
-[[nodiscard]] std::expected<std::unique_ptr<Desktop>, QString>
-openDesktop(Clock& clock, std::function<void()> showPrompt);
+/// What the desktop has the program do for the user.
+struct DesktopRequests
+{
+    /// Tells how to let the program press keys.
+    std::function<void()> showPrompt;
+    /// Starts the program anew when this one has ended, and ends it.
+    std::function<void()> relaunch;
+};
+
+/// The session's desktop. Where a session lets no program press keys it stands for that: the
+/// permission is denied, and `shortcoming` says what is missing. `clock` must outlive the desktop.
+[[nodiscard]] std::unique_ptr<Desktop> openDesktop(Clock& clock, DesktopRequests requests);
 
 } // namespace zelvane

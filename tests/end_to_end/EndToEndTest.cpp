@@ -315,18 +315,6 @@ TEST(EndToEnd, withoutABusItSaysWhatIsMissingAndGoesOn)
     EXPECT_THAT(text(outcome.errors), HasSubstr("Everything else works."));
 }
 
-TEST(EndToEnd, withoutTheTestExtensionItSaysWhatIsMissing)
-{
-    DesktopSession::Options options = ZelvaneSession::wholeDesktop();
-    options.serverArguments = {QStringLiteral("-extension"), QStringLiteral("XTEST")};
-    options.windowManager = false;
-    DesktopSession session(options);
-    const auto outcome = session.run(QStringLiteral(ZELVANE_PROGRAM));
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_THAT(text(outcome.errors), HasSubstr("XTEST"));
-    EXPECT_THAT(text(outcome.errors), HasSubstr("still work"));
-}
-
 TEST(EndToEnd, withoutADisplayItSaysWhatStillWorks)
 {
     DesktopSession session;

@@ -103,6 +103,7 @@ void ZelvaneSession::setDefault(const QString& key, bool value)
 
 void ZelvaneSession::start()
 {
+    m_printed.clear();
     m_process =
         &desktop.start(QString::fromUtf8(program), withProfile({QStringLiteral("--report")}));
     if (!waitUntil([this] { return printed().startsWith("ready\n"); }, patience)) {

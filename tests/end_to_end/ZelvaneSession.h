@@ -38,7 +38,7 @@ public:
     QByteArray zelvane(const QStringList& arguments);
     void setDefault(const QString& key, bool value);
 
-    /// Starts the program and waits until its shortcuts work.
+    /// Starts the program, again if it has ended, and waits until its shortcuts work.
     void start();
     /// What the running program has printed so far.
     [[nodiscard]] QByteArray printed();

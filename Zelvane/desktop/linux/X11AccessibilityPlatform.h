@@ -8,24 +8,29 @@
 namespace zelvane {
 
 /// X asks nobody for a permission: a program that reaches the server with its extensions may press
-/// keys and watch for them. Servers that keep programs apart show it when a listener is made.
+/// keys and watch for them. Servers that keep programs apart show it when a grab is made.
 class X11AccessibilityPlatform final : public AccessibilityPlatform
 {
 public:
-    /// `session` is null if none could be opened, else it must outlive this object. `onPrompt`
-    /// tells the user what is missing.
-    X11AccessibilityPlatform(X11Session* session, std::function<void()> onPrompt);
+    struct Actions
+    {
+        /// Tells the user what is missing.
+        std::function<void()> showPrompt;
+        /// Starts the program anew when this one has ended, and ends it.
+        std::function<void()> relaunch;
+    };
+
+    /// `session` is null if none could be opened, else it must outlive this object.
+    X11AccessibilityPlatform(X11Session* session, Actions actions);
 
     [[nodiscard]] bool isProcessTrusted() const override;
     [[nodiscard]] bool probeEventTap() override;
-    void showPrompt() override;
-    void relaunch() override;
+    void showPrompt() override { m_actions.showPrompt(); }
+    void relaunch() override { m_actions.relaunch(); }
 
 private:
-    [[nodiscard]] bool listenForKeys(bool listen);
-
     X11Session* m_session;
-    std::function<void()> m_onPrompt;
+    Actions m_actions;
 };
 
 } // namespace zelvane
