@@ -1,5 +1,7 @@
 #include "Services/SmartOfflineVariant.h"
 
+#include "settings/Localization.h"
+
 #include <algorithm>
 
 namespace zelvane {
@@ -13,15 +15,34 @@ const QList<SmartOfflineVariant>& smartOfflineVariants()
 
 const SmartOfflineVariantFacts& factsOf(SmartOfflineVariant variant)
 {
+    // The sizes and names of the files are fixed. Which account they come from, where their makers
+    // publish none themselves, is the choice of this build.
     static const QList<SmartOfflineVariantFacts> facts{
-        {AIProvider::smartOffline, QStringLiteral("hymt2-7b"),
-         QStringLiteral("Hy-MT2-7B-Q4_K_M.gguf"), QStringLiteral("hymt2-7b"), 4'624'648'896},
-        {AIProvider::balancedOffline, QStringLiteral("eurollm-9b"),
-         QStringLiteral("EuroLLM-9B-Instruct-Q4_K_M.gguf"), QStringLiteral("eurollm-9b"),
-         5'582'838'496},
-        // The folder and the name in requests differ by a hyphen.
-        {AIProvider::fastOffline, QStringLiteral("lmt60-4b"),
-         QStringLiteral("LMT-60-4B.Q4_K_M.gguf"), QStringLiteral("lmt-60-4b"), 2'716'068'544},
+        {.provider = AIProvider::smartOffline,
+         .folder = QStringLiteral("hymt2-7b"),
+         .modelFile = QStringLiteral("Hy-MT2-7B-Q4_K_M.gguf"),
+         .requestModel = QStringLiteral("hymt2-7b"),
+         .expectedModelBytes = 4'624'648'896,
+         .recordEngine = QStringLiteral("hymt2-7b-q4-k-m"),
+         .repository = QStringLiteral("tencent/Hy-MT2-7B-GGUF"),
+         .downloadText = LOCALIZATION_KEY("Downloading Hy-MT2 model…")},
+        {.provider = AIProvider::balancedOffline,
+         .folder = QStringLiteral("eurollm-9b"),
+         .modelFile = QStringLiteral("EuroLLM-9B-Instruct-Q4_K_M.gguf"),
+         .requestModel = QStringLiteral("eurollm-9b"),
+         .expectedModelBytes = 5'582'838'496,
+         .recordEngine = QStringLiteral("eurollm-9b-instruct-q4-k-m"),
+         .repository = QStringLiteral("bartowski/EuroLLM-9B-Instruct-GGUF"),
+         .downloadText = LOCALIZATION_KEY("Downloading EuroLLM model…")},
+        {.provider = AIProvider::fastOffline,
+         .folder = QStringLiteral("lmt60-4b"),
+         .modelFile = QStringLiteral("LMT-60-4B.Q4_K_M.gguf"),
+         // Other than the folder by a hyphen.
+         .requestModel = QStringLiteral("lmt-60-4b"),
+         .expectedModelBytes = 2'716'068'544,
+         .recordEngine = QStringLiteral("lmt-60-4b-q4-k-m"),
+         .repository = QStringLiteral("mradermacher/LMT-60-4B-GGUF"),
+         .downloadText = LOCALIZATION_KEY("Downloading LMT-60 model…")},
     };
     return facts.at(static_cast<qsizetype>(variant));
 }

@@ -20,6 +20,9 @@ struct SmartOfflineVariantFacts
     QString modelFile;
     QString requestModel; ///< what requests to the server call it
     qint64 expectedModelBytes;
+    QString recordEngine = {}; ///< what the record of an installation calls it
+    QString repository = {};   ///< account and name at the host of the model files
+    QString downloadText = {}; ///< shown while the model is downloaded; a key of the translations
 };
 
 /// In the order of the enumeration.

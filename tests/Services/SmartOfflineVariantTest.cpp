@@ -29,6 +29,24 @@ TEST(SmartOfflineVariantTest, EachModelHasItsProviderFolderFileNameAndSize)
     EXPECT_EQ(fast.expectedModelBytes, 2716068544);
 }
 
+TEST(SmartOfflineVariantTest, EachModelHasItsSource)
+{
+    const auto& smart = factsOf(SmartOfflineVariant::hyMT2_7b);
+    EXPECT_EQ(smart.recordEngine, QStringLiteral("hymt2-7b-q4-k-m"));
+    EXPECT_EQ(smart.repository, QStringLiteral("tencent/Hy-MT2-7B-GGUF"));
+    EXPECT_EQ(smart.downloadText, QStringLiteral("Downloading Hy-MT2 model…"));
+
+    const auto& balanced = factsOf(SmartOfflineVariant::euroLLM_9b);
+    EXPECT_EQ(balanced.recordEngine, QStringLiteral("eurollm-9b-instruct-q4-k-m"));
+    EXPECT_TRUE(balanced.repository.endsWith(QStringLiteral("/EuroLLM-9B-Instruct-GGUF")));
+    EXPECT_EQ(balanced.downloadText, QStringLiteral("Downloading EuroLLM model…"));
+
+    const auto& fast = factsOf(SmartOfflineVariant::lmt60_4b);
+    EXPECT_EQ(fast.recordEngine, QStringLiteral("lmt-60-4b-q4-k-m"));
+    EXPECT_TRUE(fast.repository.endsWith(QStringLiteral("/LMT-60-4B-GGUF")));
+    EXPECT_EQ(fast.downloadText, QStringLiteral("Downloading LMT-60 model…"));
+}
+
 TEST(SmartOfflineVariantTest, AProviderLeadsToItsModel)
 {
     EXPECT_EQ(smartOfflineVariantOf(AIProvider::fastOffline), SmartOfflineVariant::lmt60_4b);
