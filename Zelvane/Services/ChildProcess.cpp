@@ -26,12 +26,18 @@ QCoro::Task<ChildProcessOutcome> runChildProcess(ChildProcessLauncher& launcher,
     if (stop.stop_requested()) {
         throw CancellationError();
     }
+    // One byte more tells whether anything was lost.
+    const qsizetype kept = maximalOutput + 1;
+    command.maximalUnread = kept;
     const auto output = std::make_shared<QByteArray>();
     const Completion<ChildProcessEnd> ended;
     ChildProcess::Listener listener{
         .output =
-            [output, maximalOutput](const QByteArray& bytes) {
-                *output = (*output + bytes).right(maximalOutput);
+            [output, kept](const QByteArray& bytes) {
+                *output += bytes;
+                if (output->size() > kept) {
+                    *output = output->right(kept);
+                }
             },
         .ended = [ended](ChildProcessEnd end) { ended.succeed(end); },
     };
@@ -47,7 +53,8 @@ QCoro::Task<ChildProcessOutcome> runChildProcess(ChildProcessLauncher& launcher,
     if (stop.stop_requested()) {
         throw CancellationError();
     }
-    co_return ChildProcessOutcome{end, *output};
+    co_return ChildProcessOutcome{end, output->right(maximalOutput),
+                                  output->size() > maximalOutput};
 }
 
 } // namespace zelvane

@@ -28,6 +28,8 @@ struct ChildProcessCommand
     QString workingDirectory; ///< this program's own if empty
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     StandardError standardError = StandardError::withOutput;
+    /// How much of the output is kept for this program while it is busy with something else.
+    qsizetype maximalUnread = qsizetype(256) * 1024;
 };
 
 /// How a process ended.
@@ -65,8 +67,8 @@ public:
     /// Called on the thread of the launcher, and never from within a call to this object.
     struct Listener
     {
-        /// Bytes of the output, cut anywhere. Of what comes faster than it is taken only the end
-        /// may be reported.
+        /// Bytes of the output, cut anywhere. Of what exceeds `maximalUnread` only the end is
+        /// reported.
         std::function<void(const QByteArray&)> output;
         /// Once, after all output. May destroy the process object.
         std::function<void(ChildProcessEnd)> ended;
@@ -106,15 +108,17 @@ public:
 struct ChildProcessOutcome
 {
     ChildProcessEnd end;
-    QByteArray output; ///< its last part, if it was longer than asked for
+    QByteArray output;
+    bool isCut = false; ///< whether the beginning of the output is missing
 };
 
 /// How long a program that was asked to end may take before it is killed.
 inline constexpr std::chrono::milliseconds terminationGrace{2000};
 
-/// Runs a program to its end. Throws `ChildLaunchError`. Once `stop` is asked for, asks the program
-/// to end, kills it after `terminationGrace`, and throws `CancellationError` when it has gone: it
-/// changes no file after that.
+/// Runs a program to its end, keeping at most the last `maximalOutput` bytes of its output. Throws
+/// `ChildLaunchError`. Once `stop` is asked for, asks the program to end, kills it after
+/// `terminationGrace`, and throws `CancellationError` when it has gone: it changes no file after
+/// that.
 ///
 /// `launcher` and `clock` must outlive the call.
 [[nodiscard]] QCoro::Task<ChildProcessOutcome>

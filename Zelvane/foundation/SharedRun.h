@@ -32,6 +32,8 @@ public:
     }
     Q_DISABLE_COPY_MOVE(SharedRun)
 
+    [[nodiscard]] bool isRunning() const { return m_current->run != nullptr; }
+
     /// The result of the run that is under way, or of a new one made by `start`. Throws what the
     /// run fails with, or `CancellationError` as soon as `stop` is asked for.
     [[nodiscard]] QCoro::Task<T> join(Start start, std::stop_token stop)

@@ -132,6 +132,19 @@ QString firstCharacters(const QString& text, qsizetype count)
     return text.first(end);
 }
 
+QString lastCharacters(const QString& text, qsizetype count)
+{
+    if (text.size() <= count) {
+        return text; // a character takes one unit at least
+    }
+    const Clusters clusters(text);
+    qsizetype start = clusters->last();
+    for (qsizetype i = 0; i < count && start > 0; ++i) {
+        start = clusters->previous();
+    }
+    return text.sliced(start);
+}
+
 QString trimmed(const QString& text)
 {
     return trimmedBy(text, isSpaceOrNewline).toString();

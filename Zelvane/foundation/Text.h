@@ -15,6 +15,9 @@ namespace zelvane::text {
 /// The first `count` user-perceived characters, or all if there are fewer. Never splits one.
 [[nodiscard]] QString firstCharacters(const QString& text, qsizetype count);
 
+/// The last `count` user-perceived characters, likewise.
+[[nodiscard]] QString lastCharacters(const QString& text, qsizetype count);
+
 /// `text` without white space and newlines at both ends: the general categories Zs, Zl, Zp, the
 /// control characters U+0009 to U+000D and U+0085.
 [[nodiscard]] QString trimmed(const QString& text);

@@ -43,6 +43,17 @@ TEST(Text, cutsBetweenCharactersOnly)
     EXPECT_EQ(text::firstCharacters(QString(), 5), QString());
 }
 
+TEST(Text, givesTheLastCharactersWhole)
+{
+    EXPECT_EQ(text::lastCharacters(QStringLiteral("a👨‍👩‍👧b"), 2),
+              QStringLiteral("👨‍👩‍👧b"));
+    EXPECT_EQ(text::lastCharacters(QStringLiteral("a👨‍👩‍👧b"), 3),
+              QStringLiteral("a👨‍👩‍👧b"));
+    EXPECT_EQ(text::lastCharacters(QStringLiteral("abc"), 3), QStringLiteral("abc"));
+    EXPECT_EQ(text::lastCharacters(QStringLiteral("abc"), 0), QString());
+    EXPECT_EQ(text::lastCharacters(QString(), 5), QString());
+}
+
 TEST(Text, trimsUnicodeSpacesAndNewlines)
 {
     EXPECT_EQ(text::trimmed(QStringLiteral("\u00a0\u3000\t\r\n\u2028 a b \u0085\u2029\v\f")),

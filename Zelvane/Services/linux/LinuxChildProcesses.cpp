@@ -15,22 +15,24 @@ namespace zelvane {
 
 namespace {
 
-/// What is kept of the output until this program takes it.
-constexpr qsizetype maximalUnreadOutput = qsizetype(256) * 1024;
-
 /// The output on its way from one thread to the other: a child that writes faster than it is read
 /// must neither wait nor fill the memory.
 class OutputBuffer
 {
 public:
+    explicit OutputBuffer(qsizetype maximalUnread)
+        : m_maximalUnread(maximalUnread)
+    {
+    }
+
     /// Whether nothing was on its way before, so that the other side has to be told.
     [[nodiscard]] bool append(const QByteArray& bytes)
     {
         const QMutexLocker lock(&m_lock);
         const bool wasEmpty = m_unread.isEmpty();
         m_unread += bytes;
-        if (m_unread.size() > maximalUnreadOutput) {
-            m_unread = m_unread.right(maximalUnreadOutput);
+        if (m_unread.size() > m_maximalUnread) {
+            m_unread = m_unread.right(m_maximalUnread);
         }
         return wasEmpty && !bytes.isEmpty();
     }
@@ -42,6 +44,7 @@ public:
     }
 
 private:
+    const qsizetype m_maximalUnread;
     QMutex m_lock;
     QByteArray m_unread;
 };
@@ -157,11 +160,20 @@ namespace {
 /// What is known of a child on this side, shared by its object and the reports on their way.
 struct Child
 {
-    quint64 id = 0;
+    Child(quint64 ownId, Nursery* ownNursery, ChildProcess::Listener ownListener,
+          qsizetype maximalUnread)
+        : id(ownId)
+        , nursery(ownNursery)
+        , listener(std::move(ownListener))
+        , output(maximalUnread)
+    {
+    }
+
+    const quint64 id;
     QPointer<Nursery> nursery; ///< of another thread: only to be told to
     ChildProcess::Listener listener;
-    bool isRunning = true;
     OutputBuffer output;
+    bool isRunning = true;
 };
 
 void signalChild(const Child& child, int number)
@@ -243,10 +255,8 @@ QCoro::Task<std::unique_ptr<ChildProcess>>
 LinuxChildProcesses::launch(ChildProcessCommand command, ChildProcess::Listener listener)
 {
     startThread();
-    const auto child = std::make_shared<Child>();
-    child->id = ++m_lastId;
-    child->nursery = m_nursery;
-    child->listener = std::move(listener);
+    const auto child =
+        std::make_shared<Child>(++m_lastId, m_nursery, std::move(listener), command.maximalUnread);
     const Completion<qint32> outcome;
 
     const auto report = [this](auto effect) {

@@ -204,6 +204,15 @@ TEST_F(LinuxChildProcessesTest, KeepsTheLastPartOfALongOutput)
     const auto outcome =
         await(runChildProcess(launcher, clock, shell(QStringLiteral("echo 123456789")), 4, {}));
     EXPECT_EQ(outcome.output, QByteArray("789\n"));
+    EXPECT_TRUE(outcome.isCut);
+}
+
+TEST_F(LinuxChildProcessesTest, KeepsAllOfAnOutputThatJustFits)
+{
+    const auto outcome =
+        await(runChildProcess(launcher, clock, shell(QStringLiteral("echo 123")), 4, {}));
+    EXPECT_EQ(outcome.output, QByteArray("123\n"));
+    EXPECT_FALSE(outcome.isCut);
 }
 
 TEST_F(LinuxChildProcessesTest, AStoppedRunEndsWhenTheProgramHasGone)
