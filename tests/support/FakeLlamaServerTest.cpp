@@ -354,6 +354,19 @@ TEST_F(FakeLlamaServer, HangsWhileAClientWaitsAndEndsASecondAfterItHasGone)
     EXPECT_EQ(process.exitCode(), 0);
 }
 
+TEST_F(FakeLlamaServer, TakesAsLongWhenTheClientHasJustGone)
+{
+    serve(R"({"moods":["silence"]})");
+    Client client(port);
+    client.send(chat, chatBody(QStringLiteral("Hello")));
+    EXPECT_EQ(health(), 200);
+    client.abort();
+    EXPECT_EQ(health(), 200);
+    process.terminate();
+    EXPECT_THAT(untilEnd().count(), AllOf(Ge(950), Le(4000)));
+    EXPECT_EQ(process.exitCode(), 0);
+}
+
 TEST_F(FakeLlamaServer, ASecondSignalEndsItAtOnce)
 {
     serve(R"({"moods":["silence"]})");

@@ -336,7 +336,9 @@ void LlamaServer::left(LlamaConnection* connection)
 {
     const auto isOfIt = [connection](const auto& job) { return job->connection == connection; };
     std::erase_if(m_waiting, isOfIt);
-    std::erase_if(m_running, isOfIt);
+    if (std::erase_if(m_running, isOfIt) > 0) {
+        m_cancelled.start();
+    }
     std::erase_if(m_connections, [connection](const auto& c) { return c.get() == connection; });
     startJobs();
     endIfIdle();
@@ -349,7 +351,9 @@ void LlamaServer::askToEnd()
     }
     m_listener.close();
     m_isEnding = true;
-    m_hadToWait = !m_running.empty() || !m_waiting.empty();
+    // A generation that was cancelled takes a while to be noticed.
+    m_hadToWait = !m_running.empty() || !m_waiting.empty() ||
+                  (m_cancelled.isValid() && !m_cancelled.hasExpired(endsAfterWork.count()));
     endIfIdle();
 }
 

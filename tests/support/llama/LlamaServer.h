@@ -4,6 +4,7 @@
 #include "support/llama/LlamaScript.h"
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
 #include <QTcpServer>
@@ -94,6 +95,7 @@ private:
     bool m_isReady = false;
     bool m_isEnding = false;
     bool m_hadToWait = false;
+    QElapsedTimer m_cancelled; ///< since a client left without its answer
     qsizetype m_asked = 0;
     std::vector<std::unique_ptr<LlamaConnection>> m_connections;
     std::deque<std::shared_ptr<Job>> m_waiting;
