@@ -1,5 +1,8 @@
 #include "Services/ModelOutput.h"
 
+#include "SeededRandom.h"
+#include "foundation/Text.h"
+
 #include <gtest/gtest.h>
 
 #include <QJsonDocument>
@@ -272,6 +275,51 @@ TEST(MergedOutput, theLastLineTakesWhatIsLeft)
               Lines({QStringLiteral("a"), QStringLiteral("b\nc")}));
     EXPECT_EQ(merged(QStringLiteral("a\nb\nc\n\nd\ne"), threeLines),
               Lines({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c\nd\ne")}));
+}
+
+TEST(MergedOutput, fillsWhatWasAskedAndLeavesTheRest)
+{
+    const QStringList sources{QString(),           QStringLiteral(" \t"), QStringLiteral("a"),
+                              QStringLiteral("b"), QString(300, u's'),    QStringLiteral("\r")};
+    const QStringList pieces{
+        QStringLiteral("\n"),  QStringLiteral("\n\n"),     QStringLiteral("uno"),
+        QStringLiteral("dos"), QStringLiteral(" "),        QStringLiteral("<think>"),
+        QStringLiteral("\r"),  QStringLiteral("</think>"), QStringLiteral("```"),
+        QString(150, u't'),    QStringLiteral("\ntres\n"), QStringLiteral("[redacted_thinking]")};
+    SeededRandom random;
+    int accepted = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        QStringList lines;
+        QList<qsizetype> positions;
+        for (qsizetype count = 1 + random.below(5); count > 0; --count) {
+            lines += random.oneOf(sources);
+            if (!text::trimmedWithinLine(lines.last()).isEmpty()) {
+                positions += lines.size() - 1;
+            }
+        }
+        if (positions.isEmpty()) {
+            continue;
+        }
+        QString answer;
+        for (qsizetype count = random.below(12); count > 0; --count) {
+            answer += random.oneOf(pieces);
+        }
+        const Lines result = mergeModelOutput(answer, lines, positions);
+        if (!result) {
+            continue;
+        }
+        ++accepted;
+        SCOPED_TRACE(::testing::PrintToString(answer.toStdString()));
+        ASSERT_EQ(result->size(), lines.size());
+        for (qsizetype i = 0; i < lines.size(); ++i) {
+            if (positions.contains(i)) {
+                ASSERT_FALSE(text::isBlank((*result)[i])) << i;
+            } else {
+                ASSERT_EQ((*result)[i], lines[i]);
+            }
+        }
+    }
+    EXPECT_GT(accepted, 1000);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "Services/TextChunks.h"
 
+#include "SeededRandom.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -142,20 +144,16 @@ TEST(TextChunks, countsCharactersAsReadersDo)
 
 TEST(TextChunks, partitionAnyText)
 {
-    // Lengths around every limit, in an order that the seed of the test run decides.
+    // Lengths around every limit.
     const QList<qsizetype> lengths{0, 1, 20, 79, 80, 81, 199, 279, 280, 281, 600, 1199, 1200, 1201};
-    auto next = [state = quint32(::testing::UnitTest::GetInstance()->random_seed())]() mutable {
-        state = state * 1664525 + 1013904223;
-        return qsizetype(state >> 8);
-    };
-    for (int round = 0; round < 2000; ++round) {
+    SeededRandom random;
+    for (int round = 0; round < 1000; ++round) {
         QStringList text;
-        const qsizetype highest = 1 + next() % lengths.size();
-        const qsizetype count = next() % 40;
-        for (qsizetype i = 0; i < count; ++i) {
-            text += line(lengths[next() % highest]);
+        const qsizetype kinds = 1 + random.below(lengths.size());
+        for (qsizetype count = random.below(40); count > 0; --count) {
+            text += line(lengths[random.below(kinds)]);
         }
-        const qsizetype maxLines = next() % 2 == 0 ? 6 : 25;
+        const qsizetype maxLines = random.oneOf(QList<qsizetype>{6, 25});
         SCOPED_TRACE(::testing::PrintToString(text.join(u'\n').toStdString()));
         const QList<QStringList> chunks = chunkLines(text, maxLines);
         ASSERT_EQ(joined(chunks), text);
