@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <unicode/brkiter.h>
+#include <unicode/locid.h>
+
+#include <memory>
+
 namespace zelvane::test {
 namespace {
 
@@ -33,6 +38,31 @@ INSTANTIATE_TEST_SUITE_P(
                       CountCase{"hangul", QStringLiteral("\u1112\u1161\u11ab"), 1},
                       CountCase{"loneSurrogate", QString(QChar(0xd800)) + QStringLiteral("a"), 2}),
     [](const auto& info) { return info.param.name; });
+
+TEST(Text, countsEveryCharacterAsIcuDoes)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::BreakIterator> iterator(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    ASSERT_TRUE(U_SUCCESS(status));
+    const auto count = [&](const QString& text) {
+        const icu::UnicodeString copy(reinterpret_cast<const UChar*>(text.utf16()),
+                                      static_cast<int32_t>(text.size()));
+        iterator->setText(copy);
+        qsizetype characters = 0;
+        while (iterator->next() != icu::BreakIterator::DONE) {
+            ++characters;
+        }
+        return characters;
+    };
+    for (char16_t unit = 0; unit < 0xffff; ++unit) {
+        // Beside itself, and beside what does and what doesn't combine.
+        const QString text = QChar(unit) + QString(QChar(unit)) + u'a' + QChar(unit) + u'\n' +
+                             QChar(unit) + QChar(0x4e00) + QChar(unit) + QChar(0x301);
+        ASSERT_EQ(text::characterCount(text), count(text)) << int(unit);
+        ASSERT_EQ(text::characterCount(text.chopped(1)), count(text.chopped(1))) << int(unit);
+    }
+}
 
 TEST(Text, cutsBetweenCharactersOnly)
 {
