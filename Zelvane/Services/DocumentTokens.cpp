@@ -70,6 +70,16 @@ public:
         return isThere;
     }
 
+    /// What a string can hold as it is.
+    QStringView takePlain()
+    {
+        const qsizetype begin = m_at;
+        while (peek() >= u' ' && peek() != u'"' && peek() != u'\\') {
+            ++m_at;
+        }
+        return m_text.sliced(begin, m_at - begin);
+    }
+
     bool takeDigits()
     {
         const qsizetype begin = m_at;
@@ -149,18 +159,16 @@ std::optional<QString> takeString(Cursor& cursor)
     }
     QString string;
     while (true) {
+        string += cursor.takePlain();
         const char16_t c = cursor.next();
         if (c == u'"') {
             return string;
         }
-        if (c < u' ') { // also at the end
+        const auto escaped = c == u'\\' ? takeEscape(cursor) : std::nullopt;
+        if (!escaped) { // also at the end
             return std::nullopt;
         }
-        const auto unit = c == u'\\' ? takeEscape(cursor) : QChar(c);
-        if (!unit) {
-            return std::nullopt;
-        }
-        string += *unit;
+        string += *escaped;
     }
 }
 

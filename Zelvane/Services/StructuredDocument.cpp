@@ -43,23 +43,33 @@ QString escaped(QChar c)
     }
 }
 
+/// Whether a string can hold the unit at `index` as it is.
+bool isPlain(const QString& text, qsizetype index)
+{
+    const QChar c = text[index];
+    if (c.isHighSurrogate()) {
+        return index + 1 < text.size() && text[index + 1].isLowSurrogate();
+    }
+    if (c.isLowSurrogate()) {
+        return index > 0 && text[index - 1].isHighSurrogate();
+    }
+    return c >= u' ' && c != u'"' && c != u'\\';
+}
+
 /// `text` between quotes. "/" stays as it is, and so does what isn't ASCII.
 QString quoted(const QString& text)
 {
     QString result = QStringLiteral("\"");
+    result.reserve(text.size() + 2);
+    qsizetype written = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text[i];
-        const bool isPair =
-            c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
-        if (isPair) {
-            result += c;
-            result += text[++i];
-        } else if (c == u'"' || c == u'\\' || c < u' ' || c.isSurrogate()) {
-            result += escaped(c);
-        } else {
-            result += c;
+        if (!isPlain(text, i)) {
+            result += QStringView(text).sliced(written, i - written);
+            result += escaped(text[i]);
+            written = i + 1;
         }
     }
+    result += QStringView(text).sliced(written);
     return result + u'"';
 }
 
