@@ -21,9 +21,15 @@ constexpr char fieldEnd = '\t';
 constexpr char recordEnd = '\n';
 constexpr char candidateEnd = '|';
 
+constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+
 QString fromUtf8(std::string_view bytes)
 {
-    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    QString text = QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    if (bytes.starts_with(byteOrderMark)) {
+        text.prepend(QChar(QChar::ByteOrderMark)); // Qt takes it for the start of a file
+    }
+    return text;
 }
 
 /// Takes the text up to `mark` off the front of `rest`, and the mark with it.
@@ -118,7 +124,6 @@ void GlossaryDictionary::readRecords(const std::stop_token& stop)
     const size_t mostRecords = std::min(lines, all.size() / shortestRecord + 1);
     m_slots.resize(mostRecords + mostRecords / 3 + 1);
 
-    constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
     char* next = m_content.data();
     char* const end = next + m_content.size();
     if (all.starts_with(byteOrderMark)) {

@@ -142,6 +142,14 @@ TEST(GlossaryDictionary, takesAByteOrderMarkForNoPartOfTheFirstTerm)
                 ElementsAre(QStringLiteral("x")));
 }
 
+TEST(GlossaryDictionary, takesAByteOrderMarkElsewhereForACharacter)
+{
+    EXPECT_THAT(candidates(GlossaryDictionary("a\t\xef\xbb\xbf"
+                                              "x\t1.0\n"),
+                           QStringLiteral("a")),
+                ElementsAre(QStringLiteral("\ufeffx")));
+}
+
 TEST(GlossaryDictionary, takesNullBytesForCharacters)
 {
     const GlossaryDictionary dictionary(QByteArray("a\0b\tx\0y\t1.0\n", 10));
@@ -153,8 +161,9 @@ TEST(GlossaryDictionary, takesNullBytesForCharacters)
 
 TEST(GlossaryDictionary, refusesWhatIsNotUtf8)
 {
-    for (const char* content : {"a\tx\t1.0\n\xff", "a\tx\xc3\t1.0\n", "a\xc0\x80\tx\t1.0\n",
-                                "a\xed\xa0\x80\tx\t1.0\n", "a\xf5\x80\x80\x80\tx\t1.0\n"}) {
+    for (const char* content :
+         {"a\tx\t1.0\n\xff", "a\tx\t1.0\n\xc3", "a\tx\xc3\t1.0\n", "a\xc0\x80\tx\t1.0\n",
+          "a\xed\xa0\x80\tx\t1.0\n", "a\xf5\x80\x80\x80\tx\t1.0\n"}) {
         try {
             const GlossaryDictionary dictionary{QByteArray(content)};
             ADD_FAILURE() << content;
