@@ -68,13 +68,25 @@ char32_t firstCodePoint(QStringView text)
     return isPair ? QChar::surrogateToUcs4(text[0], text[1]) : text[0].unicode();
 }
 
-/// Whether a single unit of ASCII is sure to be the first user-perceived character. No carriage
-/// return is, which may be one with a newline.
-bool startsWithAsciiCharacter(QStringView text)
+/// Whether the unit neither joins what stands before it nor what comes behind it, by itself.
+bool standsAlone(QChar unit)
 {
-    const auto isAscii = [](QChar unit) { return unit < QChar(0x80); };
-    return !text.isEmpty() && isAscii(text[0]) && text[0] != u'\r' &&
-           (text.size() == 1 || isAscii(text[1]));
+    if (unit < QChar(0x80)) {
+        return unit != u'\r' && unit != u'\n'; // the two together are one character
+    }
+    return !unit.isSurrogate() &&
+           u_getIntPropertyValue(unit.unicode(), UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
+}
+
+/// Whether the first unit is sure to be the first user-perceived character, as mostly it is.
+bool startsWithSingleUnit(QStringView text)
+{
+    return !text.isEmpty() && standsAlone(text[0]) && (text.size() == 1 || standsAlone(text[1]));
+}
+
+constexpr char16_t lowerCasedAscii(char16_t unit)
+{
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
 }
 
 /// Whether a unit of UTF-16 is a user-perceived character beside any other of which this is so,
@@ -174,11 +186,17 @@ QString trimmedWithinLine(const QString& text)
 
 bool isWhiteSpace(char32_t codePoint)
 {
+    if (codePoint < 0x80) {
+        return codePoint == U' ' || (codePoint >= U'\t' && codePoint <= U'\r');
+    }
     return u_isUWhiteSpace(static_cast<UChar32>(codePoint)) != 0;
 }
 
 bool isNumber(char32_t codePoint)
 {
+    if (codePoint < 0x80) {
+        return codePoint >= U'0' && codePoint <= U'9';
+    }
     const auto type = u_getIntPropertyValue(static_cast<UChar32>(codePoint), UCHAR_NUMERIC_TYPE);
     return type != U_NT_NONE;
 }
@@ -186,7 +204,7 @@ bool isNumber(char32_t codePoint)
 qsizetype leadingLength(QStringView text, bool (*belongs)(char32_t))
 {
     qsizetype length = 0;
-    while (startsWithAsciiCharacter(text.sliced(length))) {
+    while (startsWithSingleUnit(text.sliced(length))) {
         if (!belongs(text[length].unicode())) {
             return length;
         }
@@ -250,9 +268,19 @@ bool isLowercase(char32_t codePoint)
     return u_isULowercase(static_cast<UChar32>(codePoint)) != 0;
 }
 
+QStringView firstCharacter(QStringView text)
+{
+    if (text.isEmpty() || startsWithSingleUnit(text)) {
+        return text.first(std::min<qsizetype>(text.size(), 1));
+    }
+    const Clusters clusters(text);
+    clusters->first();
+    return text.first(clusters->next());
+}
+
 bool startsLowercase(const QString& text)
 {
-    const QString first = firstCharacters(text, 1);
+    const QString first = firstCharacter(text).toString();
     if (first.isEmpty()) {
         return false;
     }
@@ -264,6 +292,17 @@ bool startsLowercase(const QString& text)
 
 bool equalIgnoringCase(const QString& left, const QString& right)
 {
+    // Up to the first difference both are ASCII, which neither composes nor folds to anything else.
+    const qsizetype length = std::min(left.size(), right.size());
+    for (qsizetype i = 0; i < length; ++i) {
+        const char16_t units[] = {left[i].unicode(), right[i].unicode()};
+        if (units[0] >= 0x80 || units[1] >= 0x80) {
+            break;
+        }
+        if (lowerCasedAscii(units[0]) != lowerCasedAscii(units[1])) {
+            return false;
+        }
+    }
     UErrorCode status = U_ZERO_ERROR;
     const auto order = unorm_compare(
         reinterpret_cast<const UChar*>(left.utf16()), static_cast<int32_t>(left.size()),

@@ -18,6 +18,9 @@ namespace zelvane::text {
 /// The last `count` user-perceived characters, likewise.
 [[nodiscard]] QString lastCharacters(const QString& text, qsizetype count);
 
+/// The first user-perceived character, or nothing of an empty text.
+[[nodiscard]] QStringView firstCharacter(QStringView text);
+
 /// `text` without white space and newlines at both ends: the general categories Zs, Zl, Zp, the
 /// control characters U+0009 to U+000D and U+0085.
 [[nodiscard]] QString trimmed(const QString& text);

@@ -40,16 +40,36 @@ std::string_view takeUpTo(char mark, std::string_view& rest)
     return piece;
 }
 
+/// Most blanks are such, and cheaper to drop before anything is made of the rest.
+std::string_view withoutBlanks(std::string_view text)
+{
+    while (text.starts_with(' ')) {
+        text.remove_prefix(1);
+    }
+    while (text.ends_with(' ')) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+/// Makes no copy where there is nothing to trim.
+QString trimmed(QString text)
+{
+    const auto isPlain = [](QChar unit) { return unit > u' ' && unit < QChar(0x7f); };
+    const bool isTrimmed = isPlain(text.front()) && isPlain(text.back());
+    return isTrimmed ? text : text::trimmedWithinLine(text);
+}
+
 /// Calls `use` for each candidate until it returns false.
 template <typename Use>
 void forEachCandidate(std::string_view candidates, const Use& use)
 {
     while (!candidates.empty()) {
-        const std::string_view piece = takeUpTo(candidateEnd, candidates);
+        const std::string_view piece = withoutBlanks(takeUpTo(candidateEnd, candidates));
         if (piece.empty()) {
             continue;
         }
-        const QString candidate = text::trimmedWithinLine(fromUtf8(piece));
+        const QString candidate = trimmed(fromUtf8(piece));
         if (!candidate.isEmpty() && !use(candidate)) {
             return;
         }
@@ -100,6 +120,7 @@ GlossaryEntry::GlossaryEntry(std::string_view candidates, std::string_view score
 QStringList GlossaryEntry::candidates() const
 {
     QStringList all;
+    all.reserve(std::ranges::count(m_candidates.substr(0, 1024), candidateEnd) + 1);
     forEachCandidate(m_candidates, [&](const QString& candidate) {
         all += candidate;
         return true;
@@ -155,12 +176,11 @@ void GlossaryDictionary::readRecords(const std::stop_token& stop)
 void GlossaryDictionary::readRecord(char* begin, char* end, std::string& key)
 {
     std::string_view rest(begin, size_t(end - begin));
-    if (std::ranges::count(rest, fieldEnd) != 2) {
-        return;
-    }
     const std::string_view term = takeUpTo(fieldEnd, rest);
-    const std::string_view candidates = rest.substr(0, rest.find(fieldEnd));
-    if (!hasCandidate(candidates)) {
+    const size_t candidatesEnd = rest.find(fieldEnd);
+    const bool hasThreeFields = candidatesEnd != std::string_view::npos &&
+                                rest.find(fieldEnd, candidatesEnd + 1) == std::string_view::npos;
+    if (!hasThreeFields || !hasCandidate(rest.substr(0, candidatesEnd))) {
         return;
     }
     writeGlossaryKey(term, key);

@@ -54,7 +54,7 @@ GlossaryLine splitGlossaryLine(const QString& line)
     qsizetype prefix = text::leadingLength(all, text::isWhiteSpace);
     const qsizetype digits = text::leadingLength(all.sliced(prefix), text::isNumber);
     const qsizetype point = prefix + digits;
-    if (digits > 0 && text::firstCharacters(line.sliced(point), 1) == u".") {
+    if (digits > 0 && text::firstCharacter(all.sliced(point)) == u".") {
         prefix = point + 1 + text::leadingLength(all.sliced(point + 1), text::isWhiteSpace);
     }
     return {prefix > 0 ? line.first(prefix) : QString(), prefix > 0 ? line.sliced(prefix) : line};
@@ -71,7 +71,9 @@ void writeGlossaryKey(QStringView term, std::string& key)
 {
     const std::u16string_view units(term.utf16(), static_cast<size_t>(term.size()));
     if (!writeKeyOfAscii(units, key)) {
-        const QByteArray bytes = text::wellFormed(term.toString()).toUtf8();
+        const bool isWellFormed = term.isValidUtf16();
+        const QByteArray bytes =
+            isWellFormed ? term.toUtf8() : text::wellFormed(term.toString()).toUtf8();
         writeKeyOfAny({bytes.constData(), static_cast<size_t>(bytes.size())}, key);
     }
 }

@@ -143,6 +143,38 @@ TEST(Text, measuresARunOfWholeCharacters)
     EXPECT_EQ(spaces(QStringLiteral("\r")), 1);
 }
 
+TEST(Text, takesTheFirstCharacterWhole)
+{
+    const auto first = [](const QString& text) { return text::firstCharacter(text).toString(); };
+    EXPECT_EQ(first(QStringLiteral("ab")), QStringLiteral("a"));
+    EXPECT_EQ(first(QStringLiteral("жб")), QStringLiteral("ж"));
+    EXPECT_EQ(first(QStringLiteral("ж\u0301б")), QStringLiteral("ж\u0301"));
+    EXPECT_EQ(first(QStringLiteral("a\u0301b")), QStringLiteral("a\u0301"));
+    EXPECT_EQ(first(QStringLiteral("\r\na")), QStringLiteral("\r\n"));
+    EXPECT_EQ(first(QStringLiteral("\n\n")), QStringLiteral("\n"));
+    EXPECT_EQ(first(QStringLiteral("👩‍👧b")), QStringLiteral("👩‍👧"));
+    EXPECT_EQ(first(QStringLiteral("\u1112\u1161\u11ab")), QStringLiteral("\u1112\u1161\u11ab"));
+    EXPECT_EQ(first(QString()), QString());
+}
+
+TEST(Text, findsTheSameFirstCharacterAsAllRulesTogether)
+{
+    // Each pair of units from here and there, where the short way must not be taken too far.
+    QList<char16_t> units{u'\r', u'\n', u'\t',  u'a',   u'0',  0xa9,
+                          0xad,  0xe9,  0x200d, 0xfe0f, 0x20e3};
+    for (char16_t unit = 0x300; unit < 0x2000; unit = char16_t(unit + 61)) {
+        units += unit;
+    }
+    units += {0x2764, 0xac00, 0xac01, 0x3042, 0x3099, 0xd83d, 0xde00, 0xfeff};
+    for (const char16_t one : units) {
+        for (const char16_t other : units) {
+            const QString text = QString(QChar(one)) + QChar(other);
+            ASSERT_EQ(text::firstCharacter(text).toString(), text::firstCharacters(text, 1))
+                << std::hex << uint32_t(one) << " " << uint32_t(other);
+        }
+    }
+}
+
 TEST(Text, comparesWithoutCaseAndComposition)
 {
     const auto equal = [](const char16_t* left, const char16_t* right) {
@@ -152,6 +184,9 @@ TEST(Text, comparesWithoutCaseAndComposition)
     EXPECT_TRUE(equal(u"\u00c9t\u00e9", u"e\u0301te\u0301"));
     EXPECT_TRUE(equal(u"Straße", u"STRASSE"));
     EXPECT_TRUE(equal(u"", u""));
+    EXPECT_TRUE(equal(u"a K", u"A \u212a")); // the sign for kelvin
+    EXPECT_TRUE(equal(u"maß", u"MASS"));
+    EXPECT_FALSE(equal(u"e", u"e\u0301"));
     EXPECT_FALSE(equal(u"apple", u"apples"));
     EXPECT_FALSE(equal(u"ete", u"été"));
 }
