@@ -14,6 +14,7 @@ in the desktop session and waits for its keyboard shortcuts.
 Commands:
   translate   translate a text and print the translation
   models      print the models that the engine offers
+  glossary    install, delete and look into dictionaries
   defaults    read and change settings by key
   help        show this text, or that of a command: help translate
 
@@ -66,6 +67,29 @@ Environment:
   ZELVANE_API_KEY     the engine's key, for this call. A key is never an argument.
 
 Exit status: 0 listed, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const glossaryHelp =
+    R"(Usage: zelvane-desk [--profile DIR] glossary COMMAND [OPTIONS]
+
+Dictionaries for the engines on this machine, made by WikDict from Wiktionary. A
+glossary is the pair of dictionaries between two languages. LANGUAGE is an English
+name or a code: "German", de.
+
+Commands:
+  list                        print key, languages, state and bytes of each glossary
+  languages                   print code and name of each language that has one
+  install LANGUAGE LANGUAGE   download what is missing of a glossary
+  delete LANGUAGE LANGUAGE    remove a glossary
+  lookup --to LANGUAGE [--from LANGUAGE] [TEXT | -]
+                              print term, replacement and translations of each line
+                              that is a term; status 1 if none is
+
+Options:
+  --json   print one JSON object instead of lines with tabs
+  --help   show this text
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
 )";
 
 const char* const defaultsHelp = R"(Usage: zelvane-desk [--profile DIR] defaults COMMAND
@@ -129,6 +153,8 @@ std::expected<CommandLine, QString> parseCommandLine(const QStringList& argument
         line.command = CommandLine::Command::translate;
     } else if (name == QStringLiteral("models")) {
         line.command = CommandLine::Command::models;
+    } else if (name == QStringLiteral("glossary")) {
+        line.command = CommandLine::Command::glossary;
     } else if (name == QStringLiteral("defaults")) {
         line.command = CommandLine::Command::defaults;
     } else if (name == QStringLiteral("help")) {
@@ -146,6 +172,8 @@ QString helpText(CommandLine::Command command)
         return QString::fromUtf8(translateHelp);
     case CommandLine::Command::models:
         return QString::fromUtf8(modelsHelp);
+    case CommandLine::Command::glossary:
+        return QString::fromUtf8(glossaryHelp);
     case CommandLine::Command::defaults:
         return QString::fromUtf8(defaultsHelp);
     case CommandLine::Command::desktop:

@@ -24,6 +24,7 @@ struct CommandLine
         desktop,
         translate,
         models,
+        glossary,
         defaults,
         help,
         version,

@@ -175,9 +175,15 @@ QCoro::Task<void> GlossaryManager::fetch(QString packageKey, GlossaryDirection d
             self->removeLater(database);
         }
     });
+    const auto noProgress = qScopeGuard([self = QPointer(this), packageKey] {
+        if (self) {
+            self->setProgress(packageKey, std::nullopt);
+        }
+    });
     setActivity(packageKey, Downloading{direction.to.code});
     co_await download(packageKey, url, database, stop);
     setActivity(packageKey, Preparing{direction.to.code});
+    setProgress(packageKey, std::nullopt);
     // The lock goes along: a stop ends only the wait for the conversion.
     const auto convert = [database, tsv = m_folder.file(key), lock, stop] {
         becomeUtilityThread();
@@ -196,11 +202,6 @@ QCoro::Task<void> GlossaryManager::download(QString packageKey, QString url, QSt
             self->setProgress(packageKey, progress);
         }
     };
-    const auto noProgress = qScopeGuard([self, packageKey] {
-        if (self) {
-            self->setProgress(packageKey, std::nullopt);
-        }
-    });
     const HttpResponse response =
         co_await m_transport.download(requestOf(url), destination, onProgress, stop);
     // It may have been complete before the stop, and this object gone after it.

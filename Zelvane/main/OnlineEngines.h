@@ -29,6 +29,7 @@ public:
     /// What a dispatch needs of them, which stays owned by this object, with the dictionaries.
     [[nodiscard]] TranslationDispatch::Engines forDispatch(GlossaryLookup* glossary);
     [[nodiscard]] RemoteModels& models() { return m_models; }
+    [[nodiscard]] HttpTransport& transport() { return m_transport; }
     [[nodiscard]] HostedService& hosted() { return m_hosted; }
 
 private:

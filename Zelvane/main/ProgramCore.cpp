@@ -1,6 +1,7 @@
 #include "main/ProgramCore.h"
 
 #include "desktop/RetiredModelFolders.h"
+#include "glossary/GlossaryNames.h"
 #include "main/Platform.h"
 #include "settings/SystemLanguage.h"
 
@@ -17,9 +18,13 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     , m_trace(clock)
     , m_engines(clock, m_defaults, m_trace, {m_defaults, m_secrets})
     , m_glossary(glossaryFolder(store.applicationSupport()))
+    , m_glossaryManager({m_defaults, m_engines.transport(), clock, store.applicationSupport(),
+                         glossarySystemLanguage(currentSystemLocale())})
     , m_dispatch(m_settings, m_defaults, m_trace, m_engines.forDispatch(&m_glossary))
     , m_hostedStartUp(m_engines.hosted(), m_settings)
 {
+    QObject::connect(&m_glossaryManager, &GlossaryManager::directionChanged, &m_glossaryManager,
+                     [this](const QString& direction) { m_glossary.invalidate(direction); });
     if (!key.isEmpty()) {
         m_settings.setApiKey(key);
     }

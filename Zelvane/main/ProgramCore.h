@@ -3,6 +3,7 @@
 #include "foundation/StopSequence.h"
 #include "foundation/TaskScope.h"
 #include "foundation/Worker.h"
+#include "glossary/GlossaryManager.h"
 #include "glossary/GlossaryStore.h"
 #include "main/OnlineEngines.h"
 #include "main/UserStore.h"
@@ -35,6 +36,7 @@ public:
     [[nodiscard]] AppSettings& settings() { return m_settings; }
     [[nodiscard]] TranslationTrace& trace() { return m_trace; }
     [[nodiscard]] GlossaryStore& glossary() { return m_glossary; }
+    [[nodiscard]] GlossaryManager& glossaryManager() { return m_glossaryManager; }
     [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
     [[nodiscard]] HostedStartUp& hostedStartUp() { return m_hostedStartUp; }
 
@@ -53,6 +55,7 @@ private:
     TranslationTrace m_trace;
     OnlineEngines m_engines;
     GlossaryStore m_glossary;
+    GlossaryManager m_glossaryManager;
     TranslationDispatch m_dispatch;
     HostedStartUp m_hostedStartUp;
     TaskScope m_tasks;

@@ -2,10 +2,13 @@
 
 #include "cli/DefaultsCommand.h"
 #include "cli/EngineChoice.h"
+#include "cli/GlossaryCommand.h"
 #include "cli/ModelsCommand.h"
 #include "cli/TranslateCommand.h"
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
+#include "glossary/GlossaryManager.h"
+#include "glossary/GlossaryNames.h"
 #include "glossary/GlossaryStore.h"
 #include "main/OnlineEngines.h"
 #include "main/Platform.h"
@@ -15,6 +18,9 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QNetworkProxyFactory>
+
+#include <unistd.h>
 
 namespace zelvane {
 
@@ -176,12 +182,66 @@ ExitStatus runModels(const CommandLine& line, const QString& key, UserStore& sto
     });
 }
 
+ExitStatus lookIntoGlossary(const GlossaryOptions& options, const UserStore& store,
+                            const CommandStreams& streams)
+{
+    const auto text =
+        options.text ? std::expected<QString, QString>(*options.text) : readText(streams.input);
+    if (!text) {
+        streams.complain(text.error());
+        return ExitStatus::failure;
+    }
+    GlossaryStore glossary(glossaryFolder(store.applicationSupport()));
+    return runToItsEnd([&](std::stop_token stop) {
+        return runGlossaryLookup(options, *text, glossary, streams, std::move(stop));
+    });
+}
+
+ExitStatus workOnPackages(const GlossaryOptions& options, UserStore& store,
+                          const CommandStreams& streams)
+{
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+    SystemClock clock;
+    NetworkHttpTransport transport(clock);
+    GlossaryManager manager({store.defaults(), transport, clock, store.applicationSupport(),
+                             glossarySystemLanguage(currentSystemLocale())});
+    const auto style = ::isatty(STDERR_FILENO) == 1 ? GlossaryProgress::Style::oneLine
+                                                    : GlossaryProgress::Style::plainLines;
+    const ExitStatus status = runToItsEnd([&](std::stop_token stop) {
+        return runGlossaryPackages(options, manager, streams, style, std::move(stop));
+    });
+    // What stands in the way has been told by the store itself.
+    return store.defaults().flush() ? status : ExitStatus::failure;
+}
+
+ExitStatus runGlossary(const CommandLine& line, UserStore& store, const CommandStreams& streams)
+{
+    const auto options = parseGlossaryOptions(line.arguments);
+    if (!options) {
+        return misused(streams, options.error(), QStringLiteral("glossary"));
+    }
+    if (options->help) {
+        streams.print(helpText(CommandLine::Command::glossary));
+        return ExitStatus::success;
+    }
+    switch (options->verb) {
+    case GlossaryOptions::Verb::languages:
+        return runGlossaryLanguages(*options, streams);
+    case GlossaryOptions::Verb::lookup:
+        return lookIntoGlossary(*options, store, streams);
+    default:
+        return workOnPackages(*options, store, streams);
+    }
+}
+
 ExitStatus runCommand(const CommandLine& line, const QString& key, UserStore& store,
                       const CommandStreams& streams)
 {
     switch (line.command) {
     case CommandLine::Command::defaults:
         return runDefaults(line, store, streams);
+    case CommandLine::Command::glossary:
+        return runGlossary(line, store, streams);
     case CommandLine::Command::models:
         return runModels(line, key, store, streams);
     default:

@@ -2,8 +2,8 @@
 
 #include "foundation/DescribedError.h"
 #include "glossary/GlossaryError.h"
-#include "glossary/PublishedDictionary.h"
 #include "settings/DurableFile.h"
+#include "support/PublishedDictionary.h"
 
 #include <gtest/gtest.h>
 

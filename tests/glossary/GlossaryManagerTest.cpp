@@ -1,11 +1,11 @@
 #include "glossary/GlossaryManager.h"
 
 #include "foundation/SystemClock.h"
-#include "glossary/PublishedDictionary.h"
 #include "http/NetworkHttpTransport.h"
 #include "support/Await.h"
 #include "support/FakeHttpTransport.h"
 #include "support/LoopbackHttpServer.h"
+#include "support/PublishedDictionary.h"
 #include "support/VirtualClock.h"
 
 #include <gmock/gmock.h>

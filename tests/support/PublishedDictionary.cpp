@@ -1,4 +1,4 @@
-#include "glossary/PublishedDictionary.h"
+#include "support/PublishedDictionary.h"
 
 #include <gtest/gtest.h>
 
