@@ -22,6 +22,8 @@ Options:
   --profile DIR   keep settings and data in DIR instead of the user's folders
   --report        on the desktop, print "ready" once the shortcuts work, and where
                   the time of each translation went
+  --quiet         on the desktop, open no window at the start: for starting with the
+                  session
   --help          show this text
   --version       show the version
 
@@ -127,6 +129,10 @@ std::expected<CommandLine, QString> parseCommandLine(const QStringList& argument
         }
         if (option == QStringLiteral("--report")) {
             line.report = true;
+            continue;
+        }
+        if (option == QStringLiteral("--quiet")) {
+            line.quiet = true;
             continue;
         }
         QString profile;

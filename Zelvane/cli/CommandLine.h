@@ -35,6 +35,8 @@ struct CommandLine
     QString profile;
     /// On the desktop: print "ready" once the shortcuts work, and the timing report of each run.
     bool report = false;
+    /// On the desktop: open no window that nobody asked for.
+    bool quiet = false;
     /// What follows the command's name.
     QStringList arguments;
 };

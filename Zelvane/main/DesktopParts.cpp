@@ -5,11 +5,12 @@
 
 namespace zelvane {
 
-DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop)
+DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
     : m_core(core)
+    , m_start(start)
     , m_interface(core.defaults(), core.settings())
     , m_settingsWindow(m_interface.windows(), m_interface.activationPolicy(), core.clock(),
-                       [this] { return m_interface.openSettingsFirst(); })
+                       [this] { return m_settingsScene.openFirst(); })
     , m_permission(desktop.accessibility(), m_settingsWindow, core.defaults(), core.clock())
     , m_selection({core.settings(), m_permission, desktop.pasteboard(), desktop.keystrokes(),
                    desktop.focus(), core.dispatch(), core.trace(), core.clock()})
@@ -20,12 +21,43 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop)
                m_interface.alerts(), m_interface, core.clock()})
     , m_shell(m_interface.windows(), m_interface.activationPolicy(), m_settingsWindow, m_permission,
               launchSteps(), {[] { return std::nullopt; }, [] { return std::nullopt; }})
+    , m_settingsScene(m_interface, {m_settingsWindow, m_model.bindableAccessibilityState(), desktop,
+                                    core.clock(), [this] { m_permission.relaunch(); },
+                                    [this] { m_shell.settingsDisappeared(); }})
 {
-    m_interface.setPromptOnLaunch([this] { m_permission.promptOnLaunchIfNeeded(); });
+    if (start == Start::byUser) {
+        m_interface.setPromptOnLaunch([this] { m_permission.promptOnLaunchIfNeeded(); });
+    }
     tellOfActivation();
 }
 
 DesktopParts::~DesktopParts() = default;
+
+void DesktopParts::launch()
+{
+    m_shell.didFinishLaunching();
+    watchTray();
+}
+
+void DesktopParts::reopen()
+{
+    m_shell.secondStart(m_interface.trayAvailable().value() ? TrayState::present
+                                                            : TrayState::absent);
+}
+
+void DesktopParts::watchTray()
+{
+    const bool quiet = m_start == Start::quiet;
+    const auto openSettings = [this, quiet] {
+        if (!quiet) {
+            m_settingsWindow.requestOpen();
+        }
+    };
+    m_trayAbsence = std::make_unique<TrayAbsence>(
+        m_interface.trayAvailable(), m_core.defaults(), m_core.clock(),
+        quiet ? TrayAbsence::patienceAtLogin : TrayAbsence::patience,
+        TrayAbsence::Ways{m_interface.notifications(), complain, openSettings});
+}
 
 ApplicationShell::LaunchSteps DesktopParts::launchSteps()
 {

@@ -7,8 +7,10 @@
 #include "desktop/OptionClickMenuManager.h"
 #include "desktop/SelectionTranslation.h"
 #include "desktop/SettingsWindow.h"
+#include "desktop/TrayAbsence.h"
 #include "main/Platform.h"
 #include "main/ProgramCore.h"
+#include "main/SettingsScene.h"
 #include "main/UserInterface.h"
 
 namespace zelvane {
@@ -18,12 +20,21 @@ namespace zelvane {
 class DesktopParts
 {
 public:
+    /// How the program was started.
+    enum class Start {
+        byUser,
+        /// With the session: no window opens that nobody asked for.
+        quiet,
+    };
+
     /// A QApplication must exist. Both must outlive this object.
-    DesktopParts(ProgramCore& core, Desktop& desktop);
+    DesktopParts(ProgramCore& core, Desktop& desktop, Start start);
     ~DesktopParts();
 
     /// Begins the program's work, in its order.
-    void launch() { m_shell.didFinishLaunching(); }
+    void launch();
+    /// The user has started the program while it runs.
+    void reopen();
 
     /// Shows the page that says what this session lets the program do.
     void showPermission();
@@ -33,9 +44,11 @@ public:
 
 private:
     void tellOfActivation();
+    void watchTray();
     [[nodiscard]] ApplicationShell::LaunchSteps launchSteps();
 
     ProgramCore& m_core;
+    Start m_start;
     UserInterface m_interface;
     SettingsWindow m_settingsWindow;
     AccessibilityPermission m_permission;
@@ -45,6 +58,8 @@ private:
     AppModel m_model;
     std::unique_ptr<TrayItem> m_tray;
     ApplicationShell m_shell;
+    SettingsScene m_settingsScene;
+    std::unique_ptr<TrayAbsence> m_trayAbsence;
 };
 
 } // namespace zelvane

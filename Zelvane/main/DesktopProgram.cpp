@@ -69,7 +69,8 @@ End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** ar
     // What is made first ends last: the clipboard is handed over before engines are waited for.
     ProgramCore core(store, key, clock, stop);
     const auto desktop = openDesktop(clock, std::move(requests));
-    DesktopParts parts(core, *desktop);
+    DesktopParts parts(core, *desktop,
+                       line.quiet ? DesktopParts::Start::quiet : DesktopParts::Start::byUser);
     running = &parts;
     if (line.report) {
         reportOn(parts.model());
@@ -87,6 +88,7 @@ QStringList argumentsForAnother(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         arguments << QString::fromLocal8Bit(argv[i]);
     }
+    arguments.removeAll(QStringLiteral("--quiet")); // the user asks for it
     return arguments;
 }
 

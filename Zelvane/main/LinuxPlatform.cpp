@@ -66,6 +66,15 @@ std::expected<std::unique_ptr<X11Adapters>, QString> openX11(Clock& clock)
     return adapters;
 }
 
+/// What there is where not all can be had, for telling the user.
+InputAbilities abilitiesOfServer()
+{
+    const auto has = [](XExtension extension) {
+        return XcbConnection::open({}, {extension}).has_value();
+    };
+    return {has(XExtension::xtest), has(XExtension::xinput2)};
+}
+
 struct AbsentAdapters
 {
     AbsentPasteboard pasteboard;
@@ -80,6 +89,7 @@ public:
     LinuxDesktop(Clock& clock, DesktopRequests requests)
         : m_x11(openX11(clock))
         , m_focus(clock)
+        , m_abilities(m_x11 ? InputAbilities{true, true} : abilitiesOfServer())
         , m_accessibility(m_x11 ? (*m_x11)->session.get() : nullptr,
                           {std::move(requests.showPrompt), std::move(requests.relaunch)})
     {
@@ -104,6 +114,8 @@ public:
     }
     [[nodiscard]] AccessibilityPlatform& accessibility() override { return m_accessibility; }
 
+    [[nodiscard]] InputAbilities inputAbilities() const override { return m_abilities; }
+
     [[nodiscard]] std::optional<QString> shortcoming() const override
     {
         return m_x11 ? m_focus.unavailable() : m_x11.error();
@@ -113,6 +125,7 @@ private:
     std::expected<std::unique_ptr<X11Adapters>, QString> m_x11;
     AbsentAdapters m_absent;
     AtSpiFocusInspector m_focus;
+    InputAbilities m_abilities;
     X11AccessibilityPlatform m_accessibility;
 };
 

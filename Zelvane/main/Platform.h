@@ -17,6 +17,13 @@
 
 namespace zelvane {
 
+/// What the session's input can be made to do.
+struct InputAbilities
+{
+    bool pressesKeys = false;
+    bool watchesKeys = false;
+};
+
 /// The desktop that the program runs on, through this platform's adapters.
 class Desktop
 {
@@ -31,6 +38,8 @@ public:
     [[nodiscard]] virtual FocusInspector& focus() = 0;
     [[nodiscard]] virtual MouseTap& mouseTap() = 0;
     [[nodiscard]] virtual AccessibilityPlatform& accessibility() = 0;
+
+    [[nodiscard]] virtual InputAbilities inputAbilities() const = 0;
 
     /// What the desktop lacks, and what works all the same, in a sentence; none while nothing is
     /// known to be missing.

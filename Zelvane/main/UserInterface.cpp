@@ -1,6 +1,7 @@
 #include "main/UserInterface.h"
 
 #include "ui/alert/AlertWindowPresenter.h"
+#include "ui/linux/BusNotifications.h"
 #include "ui/linux/LinuxAppearance.h"
 #include "ui/linux/TrayWatcher.h"
 #include "ui/linux/X11WindowSystem.h"
@@ -27,6 +28,8 @@ struct UserInterface::Parts
 {
     Parts(UserDefaults& defaults, const AppSettings& settings)
         : linuxAppearance(appearance, QDBusConnection::sessionBus())
+        , tray(QDBusConnection::sessionBus())
+        , notifications(QDBusConnection::sessionBus())
         , theme(tokens, appearance)
         , windows(sessionWindowSystem())
         , widgets(*windows)
@@ -42,6 +45,8 @@ struct UserInterface::Parts
     StyleTweaker tokens;
     DesktopAppearance appearance;
     LinuxAppearance linuxAppearance;
+    TrayWatcher tray;
+    BusNotifications notifications;
     Theme theme;
     std::unique_ptr<WindowSystem> windows;
     WidgetWindows widgets;
@@ -74,9 +79,19 @@ ActivationPolicy& UserInterface::activationPolicy()
     return m_parts->policy;
 }
 
-bool UserInterface::openSettingsFirst()
+const Theme& UserInterface::theme() const
 {
-    return false;
+    return m_parts->theme;
+}
+
+Notifications& UserInterface::notifications()
+{
+    return m_parts->notifications;
+}
+
+QBindable<bool> UserInterface::trayAvailable() const
+{
+    return m_parts->tray.bindableAvailable();
 }
 
 OptionMenuPresenter& UserInterface::optionMenu()
@@ -107,9 +122,8 @@ struct TrayItem::Parts
 {
     Parts(UserInterface::Parts& interface, const AppSettings& settings, AppModel& appModel,
           OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit)
-        : watcher(QDBusConnection::sessionBus())
-        , model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
-        , controller(model, interface.theme, clock, watcher.bindableAvailable(),
+        : model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
+        , controller(model, interface.theme, clock, interface.tray.bindableAvailable(),
                      {[&appModel, &optionMenu, &settings] {
                           appModel.startHotKeys();
                           optionMenu.setWanted(settings.optionRightClickMenu());
@@ -119,7 +133,6 @@ struct TrayItem::Parts
     {
     }
 
-    TrayWatcher watcher;
     MenuBarModel model;
     MenuBarController controller;
 };

@@ -5,17 +5,21 @@
 #include "desktop/AppModel.h"
 #include "desktop/AppModelWindows.h"
 #include "desktop/ApplicationWindows.h"
+#include "desktop/Notifications.h"
 #include "desktop/OptionMenuPresenter.h"
 #include "foundation/Clock.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 
+#include <QBindable>
 #include <QString>
 
 #include <functional>
 #include <memory>
 
 namespace zelvane {
+
+class Theme;
 
 /// The program's windows, with this platform's adapters behind them.
 class UserInterface final : public AppModelWindows
@@ -29,9 +33,10 @@ public:
     [[nodiscard]] ApplicationWindows& windows();
     [[nodiscard]] ActivationPolicy& activationPolicy();
     [[nodiscard]] OptionMenuPresenter& optionMenu();
-
-    /// Makes the settings window for the first time and opens it; false if there is none.
-    [[nodiscard]] bool openSettingsFirst();
+    [[nodiscard]] const Theme& theme() const;
+    [[nodiscard]] Notifications& notifications();
+    /// Whether the desktop has a place for tray icons.
+    [[nodiscard]] QBindable<bool> trayAvailable() const;
 
     /// What a launch after the introduction was seen does about the permission.
     void setPromptOnLaunch(std::function<void()> prompt) { m_promptOnLaunch = std::move(prompt); }

@@ -44,6 +44,12 @@ TEST(CommandLine, theDesktopReportsIfItIsAskedTo)
     EXPECT_FALSE(parseCommandLine({})->report);
 }
 
+TEST(CommandLine, theDesktopStartsQuietlyIfItIsAskedTo)
+{
+    EXPECT_TRUE(parseCommandLine({QStringLiteral("--quiet")})->quiet);
+    EXPECT_FALSE(parseCommandLine({})->quiet);
+}
+
 TEST(CommandLine, saysWhatIsWrong)
 {
     EXPECT_EQ(parseCommandLine({QStringLiteral("--profile")}).error(),

@@ -281,6 +281,7 @@ QList<Scene> allScenes()
                     texts::longEnglish() + QStringLiteral("\n\n") + texts::longGerman(),
                     {localizedText(QStringLiteral("OK"))}}),
     };
+    scenes += permissionScenes();
     return scenes;
 }
 

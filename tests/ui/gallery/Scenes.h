@@ -40,4 +40,7 @@ struct Scene
 
 [[nodiscard]] QList<Scene> allScenes();
 
+/// The page that says what a session lets the program do.
+[[nodiscard]] QList<Scene> permissionScenes();
+
 } // namespace zelvane::gallery

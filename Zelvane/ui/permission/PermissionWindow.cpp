@@ -1,0 +1,92 @@
+#include "ui/permission/PermissionWindow.h"
+
+#include "desktop/SettingsWindow.h"
+#include "settings/Localization.h"
+#include "ui/components/FocusRing.h"
+#include "ui/components/Styling.h"
+#include "ui/components/ThemedLabel.h"
+#include "ui/permission/PermissionView.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace zelvane {
+
+namespace {
+
+constexpr int pageWidth = 560;
+
+} // namespace
+
+PermissionWindow::PermissionWindow(PermissionModel& model, const Theme& theme)
+    : m_theme(theme)
+    , m_page(new QWidget)
+    , m_area(new ScrollArea(theme))
+{
+    setObjectName(SettingsWindow::identifier());
+    setAttribute(Qt::WA_QuitOnClose, false);
+
+    auto* title = new ThemedLabel(theme, StyleFontRole::title2, TextTone::primary);
+    auto* subtitle = new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::secondary);
+    subtitle->setWordWrap(true);
+    auto* page = new QVBoxLayout(m_page);
+    page->addWidget(title);
+    page->addWidget(subtitle);
+    page->addWidget(new PermissionView(model, theme));
+    m_area->setContent(m_page);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_area);
+    new FocusRing(theme, *this);
+
+    keepTranslated(*this, [this, title, subtitle] {
+        title->setText(localizedText(QStringLiteral("Accessibility")));
+        subtitle->setText(
+            localizedText(QStringLiteral("Permissions needed to read and replace selected text.")));
+        setWindowTitle(title->text());
+    });
+    keepStyled(*this, theme, [this, page, subtitle] {
+        const SpacingTokens spacing = m_theme.tokens().spacing();
+        const int margin = qRound(spacing.xxl);
+        page->setContentsMargins(margin, margin, margin, margin);
+        page->setSpacing(qRound(spacing.xs));
+        subtitle->setContentsMargins(0, 0, 0, qRound(spacing.md));
+        fit();
+    });
+    connect(&model, &PermissionModel::changed, this, &PermissionWindow::fit);
+}
+
+void PermissionWindow::fit()
+{
+    m_page->layout()->activate();
+    setMinimumWidth(pageWidth);
+    const int height = m_page->layout()->totalHeightForWidth(pageWidth);
+    const int most = screen()->availableGeometry().height() - 80; // room for a title bar
+    resize(pageWidth, std::min(height, most));
+}
+
+void PermissionWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape || event->matches(QKeySequence::Close)) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void PermissionWindow::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) {
+        Q_EMIT disappeared();
+    }
+}
+
+void PermissionWindow::paintEvent(QPaintEvent*)
+{
+    QPainter(this).fillRect(rect(), m_theme.colors().window);
+}
+
+} // namespace zelvane
