@@ -2,6 +2,7 @@
 
 #include "ui/components/SlimScrollBar.h"
 
+#include <QEvent>
 #include <QStyle>
 
 namespace zelvane {
@@ -23,10 +24,28 @@ void ScrollArea::setContent(QWidget* content)
 {
     setWidget(content);
     content->setAutoFillBackground(false);
+    fitContent();
+}
+
+/// Qt gives a content with wrapped texts the height that it had at its narrowest.
+void ScrollArea::fitContent()
+{
+    if (QWidget* content = widget(); content && content->hasHeightForWidth()) {
+        content->setMinimumHeight(content->heightForWidth(viewport()->width()));
+    }
+}
+
+bool ScrollArea::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) {
+        fitContent();
+    }
+    return QScrollArea::eventFilter(watched, event);
 }
 
 void ScrollArea::resizeEvent(QResizeEvent* event)
 {
+    fitContent();
     QScrollArea::resizeEvent(event);
     placeBar();
 }

@@ -22,9 +22,11 @@ public:
     void setContent(QWidget* content);
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void fitContent();
     void placeBar();
 
     SlimScrollBar* m_bar; ///< owned by Qt's tree

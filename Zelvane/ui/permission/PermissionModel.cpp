@@ -48,12 +48,15 @@ CapabilityRow row(const RowTexts& texts, Availability availability)
 CapabilityRow sessionRow(SessionKind kind)
 {
     // Under Wayland much is missing that this program is made for.
-    return row({LOCALIZATION_KEY("Session"),
-                LOCALIZATION_KEY("X11 lets Zelvane Desk press keys for you and watch for your "
-                                 "shortcuts."),
-                LOCALIZATION_KEY("Wayland keeps programs apart: shortcuts and replacing text work "
-                                 "only in programs that run through X11.")},
-               kind == SessionKind::x11 ? Availability::available : Availability::missing);
+    CapabilityRow session =
+        row({LOCALIZATION_KEY("Session"),
+             LOCALIZATION_KEY("X11 lets Zelvane Desk press keys for you and watch for your "
+                              "shortcuts."),
+             LOCALIZATION_KEY("Wayland keeps programs apart: shortcuts and replacing text work "
+                              "only in programs that run through X11.")},
+            kind == SessionKind::x11 ? Availability::available : Availability::missing);
+    session.state = kind == SessionKind::x11 ? QStringLiteral("X11") : QStringLiteral("Wayland");
+    return session;
 }
 
 CapabilityRow watchingRow(Availability availability, State state)

@@ -16,15 +16,15 @@ void setButtonText(TextButton& button, const QString& text)
     button.setAccessibleName(text);
 }
 
-StatusLight::State lightFor(Availability availability)
+TextTone toneFor(Availability availability)
 {
     switch (availability) {
     case Availability::unknown:
-        return StatusLight::State::off;
+        return TextTone::secondary;
     case Availability::available:
-        return StatusLight::State::ready;
+        return TextTone::success;
     case Availability::missing:
-        return StatusLight::State::warning;
+        return TextTone::warning;
     }
     Q_UNREACHABLE();
 }
@@ -36,7 +36,9 @@ PermissionView::PermissionView(PermissionModel& model, const Theme& theme, QWidg
     , m_model(model)
     , m_theme(theme)
     , m_layout(new QVBoxLayout(this))
-    , m_state(new FormRow(theme))
+    , m_grantedCard(new Card(theme))
+    , m_granted(new FormRow(theme))
+    , m_banner(new Banner(theme))
     , m_relaunch(new TextButton(theme, ControlKind::prominent))
     , m_capabilities(new Section(theme))
     , m_commandSection(new Section(theme))
@@ -44,10 +46,14 @@ PermissionView::PermissionView(PermissionModel& model, const Theme& theme, QWidg
     , m_copy(new TextButton(theme, ControlKind::bordered))
 {
     m_layout->setContentsMargins(0, 0, 0, 0);
-    m_layout->addWidget(makeHeader());
+    m_layout->addWidget(m_grantedCard);
+    m_layout->addWidget(m_banner);
     m_layout->addWidget(m_capabilities);
     m_layout->addWidget(m_commandSection);
     m_layout->addStretch(1);
+    m_grantedCard->addRow(m_granted);
+    m_granted->setSymbol(QStringLiteral("checkmark.circle.fill"));
+    m_banner->addButton(m_relaunch);
     makeRows();
     makeCommand();
 
@@ -59,19 +65,11 @@ PermissionView::PermissionView(PermissionModel& model, const Theme& theme, QWidg
     keepTranslated(*this, [this] { update(); });
 }
 
-QWidget* PermissionView::makeHeader()
-{
-    auto* card = new Card(m_theme);
-    card->addRow(m_state);
-    m_state->addControl(m_relaunch);
-    return card;
-}
-
 void PermissionView::makeRows()
 {
     for (qsizetype i = 0; i < m_model.rows().size(); ++i) {
-        const Row row{new FormRow(m_theme), new StatusLight(m_theme)};
-        row.form->addControl(row.light);
+        const Row row{new FormRow(m_theme), new Badge(m_theme, TextTone::secondary)};
+        row.form->addControl(row.badge);
         m_capabilities->card().addRow(row.form);
         m_rows.append(row);
     }
@@ -98,22 +96,33 @@ void PermissionView::hideEvent(QHideEvent* event)
 
 void PermissionView::update()
 {
+    updateState();
+    updateRows();
+    updateCommand();
+}
+
+void PermissionView::updateState()
+{
     const bool granted = m_model.state() == AccessibilityPermission::State::granted;
-    m_state->setSymbol(granted ? QStringLiteral("checkmark.circle.fill")
-                               : QStringLiteral("exclamationmark.triangle.fill"));
-    m_state->setTitle(m_model.headline());
-    m_state->setNote(m_model.explanation());
+    m_grantedCard->setVisible(granted);
+    m_granted->setTitle(m_model.headline());
+    m_granted->setNote(m_model.explanation());
+    m_banner->setVisible(!granted);
+    m_banner->setTexts(m_model.headline(), m_model.explanation());
     setButtonText(*m_relaunch, localizedText(QStringLiteral("Relaunch Zelvane Desk")));
     m_relaunch->setVisible(m_model.offersRelaunch());
+}
 
+void PermissionView::updateRows()
+{
     m_capabilities->setTitle(localizedText(QStringLiteral("What this session offers")));
     const QList<CapabilityRow> rows = m_model.rows();
     for (qsizetype i = 0; i < rows.size(); ++i) {
         m_rows[i].form->setTitle(rows[i].title);
         m_rows[i].form->setNote(rows[i].advice);
-        m_rows[i].light->setState(lightFor(rows[i].availability), rows[i].state);
+        m_rows[i].badge->setText(rows[i].state);
+        m_rows[i].badge->setTone(toneFor(rows[i].availability));
     }
-    updateCommand();
 }
 
 void PermissionView::updateCommand()

@@ -24,24 +24,27 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    /// A capability with the light that says whether it is there.
+    /// A capability with the word that says whether it is there.
     struct Row
     {
         FormRow* form;
-        StatusLight* light;
+        Badge* badge;
     };
 
-    [[nodiscard]] QWidget* makeHeader();
     void makeRows();
     void makeCommand();
     void update();
+    void updateState();
+    void updateRows();
     void updateCommand();
 
     PermissionModel& m_model;
     const Theme& m_theme;
     // All owned by Qt's tree.
     QVBoxLayout* m_layout;
-    FormRow* m_state;
+    Card* m_grantedCard;
+    FormRow* m_granted;
+    Banner* m_banner; ///< in its place while the permission is missing
     TextButton* m_relaunch;
     Section* m_capabilities;
     QList<Row> m_rows;

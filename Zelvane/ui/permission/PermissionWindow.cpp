@@ -53,18 +53,39 @@ PermissionWindow::PermissionWindow(PermissionModel& model, const Theme& theme)
         page->setContentsMargins(margin, margin, margin, margin);
         page->setSpacing(qRound(spacing.xs));
         subtitle->setContentsMargins(0, 0, 0, qRound(spacing.md));
-        fit();
+        followContent();
     });
-    connect(&model, &PermissionModel::changed, this, &PermissionWindow::fit);
+    // Later, when the view has taken the change over.
+    connect(&model, &PermissionModel::changed, this, &PermissionWindow::followContent,
+            Qt::QueuedConnection);
 }
 
 void PermissionWindow::fit()
 {
-    m_page->layout()->activate();
     setMinimumWidth(pageWidth);
-    const int height = m_page->layout()->totalHeightForWidth(pageWidth);
+    ensurePolished();
+    m_page->layout()->invalidate();
+    m_page->layout()->activate();
     const int most = screen()->availableGeometry().height() - 80; // room for a title bar
-    resize(pageWidth, std::min(height, most));
+    m_fittedHeight = std::min(m_page->layout()->totalHeightForWidth(width()), most);
+    resize(width(), m_fittedHeight);
+}
+
+/// A user who has made the window higher or lower keeps it so.
+void PermissionWindow::followContent()
+{
+    if (isVisible() && height() == m_fittedHeight) {
+        fit();
+    }
+}
+
+void PermissionWindow::showEvent(QShowEvent* event)
+{
+    if (m_fittedHeight == 0 && !event->spontaneous()) {
+        resize(pageWidth, height());
+        fit();
+    }
+    QWidget::showEvent(event);
 }
 
 void PermissionWindow::keyPressEvent(QKeyEvent* event)

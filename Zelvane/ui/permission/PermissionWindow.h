@@ -22,17 +22,21 @@ Q_SIGNALS:
     void disappeared();
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void fit();
+    void followContent();
 
     const Theme& m_theme;
     // All owned by Qt's tree.
     QWidget* m_page;
     ScrollArea* m_area;
+    /// The height that the content asked for last.
+    int m_fittedHeight = 0;
 };
 
 } // namespace zelvane
