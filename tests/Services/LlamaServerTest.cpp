@@ -1,8 +1,8 @@
 #include "Services/LlamaServer.h"
 
+#include "FakeLocalServer.h"
 #include "FakeProcessTable.h"
 #include "Services/EngineError.h"
-#include "foundation/Completion.h"
 #include "pipeline/TranslationError.h"
 #include "support/Await.h"
 #include "support/FakeChildProcesses.h"
@@ -21,82 +21,11 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Code = TranslationError::Code;
 
-/// A server behind the transport: healthy or not as the test says, with answers that it holds.
-class FakeServer final : public HttpTransport
+/// Whether a task failed since the server was stopped.
+bool isBusy(const std::shared_ptr<Outcome>& outcome)
 {
-public:
-    [[nodiscard]] QCoro::Task<HttpResponse> send(HttpRequest request, std::stop_token stop) override
-    {
-        if (stop.stop_requested()) {
-            throw CancellationError();
-        }
-        requests.push_back(request);
-        if (request.url.path() == QStringLiteral("/health")) {
-            if (health == 0) {
-                throw TransportError(TransportError::Kind::connection, QStringLiteral("refused"));
-            }
-            co_return HttpResponse{health, {}, {}};
-        }
-        const Completion<HttpResponse> answer;
-        answers.push_back(answer);
-        const std::stop_callback onStop(stop, [answer] { answer.fail(CancellationError()); });
-        co_return co_await answer.result();
-    }
-    [[nodiscard]] QCoro::Task<HttpResponse> download(HttpRequest, QString, DownloadListener,
-                                                     std::stop_token) override
-    {
-        throw TransportError(TransportError::Kind::connection, QStringLiteral("none"));
-    }
-
-    int health = 0; ///< the status; 0 if nobody listens
-    std::vector<HttpRequest> requests;
-    std::vector<Completion<HttpResponse>> answers;
-};
-
-/// How a task went.
-struct Outcome
-{
-    bool hasEnded = false;
-    std::exception_ptr failure;
-
-    [[nodiscard]] bool isSuccess() const { return hasEnded && !failure; }
-    template <typename E>
-    [[nodiscard]] std::optional<E> as() const
-    {
-        try {
-            if (failure) {
-                std::rethrow_exception(failure);
-            }
-        } catch (const E& error) {
-            return error;
-        } catch (...) {
-        }
-        return std::nullopt;
-    }
-    [[nodiscard]] bool isBusy() const
-    {
-        const auto error = as<TranslationError>();
-        return error && error->code() == Code::offlineEngineBusy;
-    }
-};
-
-template <typename T>
-QCoro::Task<void> follow(QCoro::Task<T> task, std::shared_ptr<Outcome> outcome)
-{
-    try {
-        co_await task;
-    } catch (...) {
-        outcome->failure = std::current_exception();
-    }
-    outcome->hasEnded = true;
-}
-
-template <typename T>
-std::shared_ptr<Outcome> watch(QCoro::Task<T> task)
-{
-    auto outcome = std::make_shared<Outcome>();
-    follow(std::move(task), outcome);
-    return outcome;
+    const auto error = outcome->as<TranslationError>();
+    return error && error->code() == Code::offlineEngineBusy;
 }
 
 class LlamaServerTest : public ::testing::Test
@@ -132,7 +61,7 @@ protected:
     [[nodiscard]] std::size_t launches() const { return children.children.size(); }
 
     VirtualClock clock;
-    FakeServer transport;
+    FakeLocalServer transport;
     FakeChildProcesses children;
     FakeProcessTable processes;
     StraySweep sweep{processes, clock};
@@ -426,7 +355,7 @@ TEST_F(LlamaServerTest, AStopEndsAStartThatIsUnderWay)
 {
     const auto started = ensure();
     server->stop();
-    EXPECT_TRUE(started->isBusy());
+    EXPECT_TRUE(isBusy(started));
     EXPECT_EQ(child(0).calls, QStringList{QStringLiteral("terminate")});
     clock.advance(10min);
     EXPECT_EQ(launches(), 1U);
@@ -462,7 +391,7 @@ TEST_F(LlamaServerTest, IdleTimeEndsWithTheServerAndNothingIsSetAnyMore)
     clock.advance(600s);
     EXPECT_FALSE(server->access());
     EXPECT_FALSE(server->isRunning());
-    EXPECT_TRUE(complete()->isBusy());
+    EXPECT_TRUE(isBusy(complete()));
 }
 
 TEST_F(LlamaServerTest, ACompletionIsPostedWithTheKeyAndBringsTheBodyOfTheAnswer)
@@ -516,7 +445,7 @@ TEST_F(LlamaServerTest, AFailureOfTheExchangeIsPassedOn)
 
 TEST_F(LlamaServerTest, WithoutAServerACompletionIsRefused)
 {
-    EXPECT_TRUE(complete()->isBusy());
+    EXPECT_TRUE(isBusy(complete()));
     EXPECT_TRUE(transport.requests.empty());
 }
 
@@ -553,7 +482,7 @@ TEST_F(LlamaServerTest, ACompletionThatIsCutMayAskAgainAndIsRefused)
     call(*server, again);
     server->stop();
     ASSERT_TRUE(again);
-    EXPECT_TRUE(again->isBusy());
+    EXPECT_TRUE(isBusy(again));
     EXPECT_EQ(transport.answers.size(), 1U);
 }
 

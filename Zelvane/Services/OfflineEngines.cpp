@@ -1,0 +1,105 @@
+#include "Services/OfflineEngines.h"
+
+#include "pipeline/TranslationError.h"
+
+namespace zelvane {
+
+OfflineEngines::OfflineEngines(QString root, LlamaServer::Parts parts, AtCreation atCreation)
+    : m_root(std::move(root))
+    , m_parts(std::move(parts))
+    , m_atCreation(atCreation)
+{
+}
+
+OfflineEngines::~OfflineEngines() = default;
+
+SmartOfflineEngineManager& OfflineEngines::engine(SmartOfflineVariant variant)
+{
+    auto& engine = m_engines[variant];
+    if (!engine) {
+        engine = make(variant);
+    }
+    return *engine;
+}
+
+std::unique_ptr<SmartOfflineEngineManager> OfflineEngines::make(SmartOfflineVariant variant)
+{
+    auto engine = std::make_unique<SmartOfflineEngineManager>(
+        variant, EngineFiles(m_root, factsOf(variant)),
+        SmartOfflineEngineManager::Parts{m_parts, [this, variant] { stopOthers(variant); }});
+    if (m_atCreation == AtCreation::sweep) {
+        engine->sweepStrays();
+    }
+    return engine;
+}
+
+SmartOfflineEngineManager* OfflineEngines::engineOf(AIProvider provider)
+{
+    const auto variant = smartOfflineVariantOf(provider);
+    return variant ? &engine(*variant) : nullptr;
+}
+
+LocalEngineManager& OfflineEngines::localEngine(LocalEngineManager::Variant variant)
+{
+    auto& engine = m_localEngines[variant];
+    if (!engine) {
+        engine = std::make_unique<LocalEngineManager>(variant, m_root);
+    }
+    return *engine;
+}
+
+void OfflineEngines::stopAllOfflineEngines(std::optional<SmartOfflineVariant> except)
+{
+    for (const SmartOfflineVariant variant : smartOfflineVariants()) {
+        if (variant != except) {
+            engine(variant).cancelWarmUp();
+            engine(variant).stopServer();
+        }
+    }
+}
+
+void OfflineEngines::stopLocalEngines()
+{
+    localEngine(LocalEngineManager::Variant::standard).stop();
+    localEngine(LocalEngineManager::Variant::large).stop();
+}
+
+void OfflineEngines::stopOthers(SmartOfflineVariant variant)
+{
+    // Those that were never made have no server.
+    for (const auto& [other, engine] : m_engines) {
+        if (other != variant && engine) {
+            engine->cancelWarmUp();
+            engine->stopServer();
+        }
+    }
+    for (const auto& [kind, engine] : m_localEngines) {
+        engine->stop();
+    }
+}
+
+void OfflineEngines::providerSwitched(AIProvider provider)
+{
+    stopAllOfflineEngines(smartOfflineVariantOf(provider));
+}
+
+void OfflineEngines::providerPicked(AIProvider provider)
+{
+    if (SmartOfflineEngineManager* engine = engineOf(provider)) {
+        engine->refreshStatus();
+        engine->scheduleWarmUp();
+    } else {
+        stopAllOfflineEngines();
+    }
+}
+
+QCoro::Task<QString> OfflineEngines::translate(TranslationRequest request, std::stop_token stop)
+{
+    SmartOfflineEngineManager* engine = engineOf(request.provider);
+    if (engine == nullptr) {
+        throw TranslationError(TranslationError::Code::offlineEngineMissing);
+    }
+    co_return co_await engine->translator().translate(std::move(request), std::move(stop));
+}
+
+} // namespace zelvane

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Services/LocalEngineManager.h"
+#include "Services/SmartOfflineEngineManager.h"
+#include "pipeline/Engines.h"
+
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace zelvane {
+
+/// The engines on this machine, each made when it is first asked for. At most one of them has its
+/// model in memory. Main thread.
+class OfflineEngines final : public TranslationEngine
+{
+public:
+    /// What an engine does as it is made about servers that an earlier run left.
+    enum class AtCreation { sweep, nothing };
+
+    /// `root` holds one folder for each engine. What `parts` names must outlive this object.
+    OfflineEngines(QString root, LlamaServer::Parts parts, AtCreation atCreation);
+    ~OfflineEngines() override;
+
+    [[nodiscard]] SmartOfflineEngineManager& engine(SmartOfflineVariant variant);
+    /// Null for a provider whose model runs elsewhere.
+    [[nodiscard]] SmartOfflineEngineManager* engineOf(AIProvider provider);
+    [[nodiscard]] LocalEngineManager& localEngine(LocalEngineManager::Variant variant);
+
+    /// Ends the warm-up and the server of each engine but one. Makes the engines if need be.
+    void stopAllOfflineEngines(std::optional<SmartOfflineVariant> except = std::nullopt);
+    /// Ends what is left of the earlier kind of engine.
+    void stopLocalEngines();
+
+    /// The settings have another provider for good: only its engine may go on.
+    void providerSwitched(AIProvider provider);
+    /// The user has picked a provider: its model is loaded in advance, if it is one of these.
+    void providerPicked(AIProvider provider);
+
+    /// Translates with the engine of the request's provider, which is one of these.
+    [[nodiscard]] QCoro::Task<QString> translate(TranslationRequest request,
+                                                 std::stop_token stop) override;
+
+private:
+    [[nodiscard]] std::unique_ptr<SmartOfflineEngineManager> make(SmartOfflineVariant variant);
+    void stopOthers(SmartOfflineVariant variant);
+
+    const QString m_root;
+    const LlamaServer::Parts m_parts;
+    const AtCreation m_atCreation;
+    std::map<LocalEngineManager::Variant, std::unique_ptr<LocalEngineManager>> m_localEngines;
+    std::map<SmartOfflineVariant, std::unique_ptr<SmartOfflineEngineManager>> m_engines;
+};
+
+} // namespace zelvane
