@@ -103,6 +103,12 @@ QString hostedServiceUrl(const QString& workerUrl, const QString& path,
     return base.isEmpty() ? QString() : base + path;
 }
 
+QString modelFileUrl(const QString& path, const UserDefaults& defaults)
+{
+    return urlAt(QStringLiteral("https://huggingface.co"), QStringLiteral("modelFiles"), path,
+                 defaults);
+}
+
 QString dictionariesUrl(const QString& path, const UserDefaults& defaults)
 {
     return urlAt(QStringLiteral("https://download.wikdict.com"), QStringLiteral("dictionaries"),

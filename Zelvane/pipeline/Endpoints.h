@@ -33,6 +33,10 @@ enum class DeepLPlan { free, paid };
 [[nodiscard]] QString hostedServiceUrl(const QString& workerUrl, const QString& path,
                                        const UserDefaults& defaults);
 
+/// The address of a file at the public host of models. The default `zv.endpoint.modelFiles`, under
+/// the same rules, takes the place of the host: for a mirror.
+[[nodiscard]] QString modelFileUrl(const QString& path, const UserDefaults& defaults);
+
 /// The address of a file of the dictionaries' publisher. The default `zv.endpoint.dictionaries`, a
 /// mirror, takes the place of its host under the same rules as above.
 [[nodiscard]] QString dictionariesUrl(const QString& path, const UserDefaults& defaults);

@@ -3,6 +3,7 @@
 #include "Services/EngineFiles.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QTemporaryDir>
 

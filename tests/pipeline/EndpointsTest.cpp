@@ -196,6 +196,21 @@ TEST(Endpoints, theDictionariesCanComeFromAMirror)
     EXPECT_EQ(url(), QString());
 }
 
+TEST(Endpoints, theModelsCanComeFromAMirror)
+{
+    OverlayUserDefaults defaults;
+    const auto url = [&] {
+        return modelFileUrl(QStringLiteral("/a/b/resolve/main/c.gguf?download=true"), defaults);
+    };
+    EXPECT_EQ(url(),
+              QStringLiteral("https://huggingface.co/a/b/resolve/main/c.gguf?download=true"));
+    const QString key = QStringLiteral("zv.endpoint.modelFiles");
+    defaults.setValue(key, QStringLiteral("http://127.0.0.1:8080"));
+    EXPECT_EQ(url(), QStringLiteral("http://127.0.0.1:8080/a/b/resolve/main/c.gguf?download=true"));
+    defaults.setValue(key, QStringLiteral("http://mirror.example"));
+    EXPECT_EQ(url(), QString());
+}
+
 TEST(Loopback, isThisMachineUnderEachOfItsNames)
 {
     for (const char* url :
