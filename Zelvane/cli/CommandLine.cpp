@@ -2,6 +2,8 @@
 
 #include <QDir>
 
+#include <algorithm>
+
 namespace zelvane {
 
 namespace {
@@ -16,6 +18,10 @@ Commands:
   models      print the models that the engine offers
   glossary    install, delete and look into dictionaries
   defaults    read and change settings by key
+  service     have the running program translate a text with one of your pairs
+  trigger     do what a press of a pair's shortcut does
+  show        open the translation window or the settings
+  status      say what the running program is doing, and list your pairs
   help        show this text, or that of a command: help translate
 
 Options:
@@ -27,7 +33,8 @@ Options:
   --help          show this text
   --version       show the version
 
-The commands need no display, no session bus and no desktop.
+The first four commands need no display, no session bus and no desktop. The next
+four reach the running program over the session bus.
 )";
 
 const char* const translateHelp =
@@ -111,6 +118,70 @@ Commands:
 Exit status: 0 done, 1 no such key or not stored, 2 wrong usage.
 )";
 
+const char* const serviceHelp =
+    R"(Usage: zelvane-desk [--profile DIR] service NAME [TEXT | -]
+
+Has the running program translate TEXT, or standard input if TEXT is "-" or
+missing, and prints the translation alone on standard output. Engine, languages
+and prompt are those of the settings. It takes 60 seconds at most.
+
+Names:
+  translatePair1, translatePair2, translatePair3
+                  with the first, second or third pair of the settings
+  translatePair1UI, translatePair2UI, translatePair3UI
+                  the same, and the program shows the translation in its popup
+
+Exit status: 0 translated, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const triggerHelp = R"(Usage: zelvane-desk [--profile DIR] trigger PAIR
+
+Has the running program do what a press of the pair's shortcut does: translate the
+selection of the program in front. Bind this command to a key in the settings of
+your desktop where the program can't take shortcuts itself.
+
+PAIR is the pair's place in the settings, from 1, or its identifier, which stays
+when the order changes. "zelvane-desk status" lists both.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const showHelp = R"(Usage: zelvane-desk [--profile DIR] show WINDOW
+
+Has the running program open a window: "translation" or "settings".
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const statusHelp = R"(Usage: zelvane-desk [--profile DIR] status [--json]
+
+Prints the running program's status line, and below it each pair: its place, its
+identifier and its languages, tab-separated. With --json it is one JSON object.
+
+Exit status: 0 it is running, 1 it is not, 2 wrong usage, 130 interrupted.
+)";
+
+struct CommandName
+{
+    const char* name;
+    CommandLine::Command command;
+};
+
+constexpr CommandName commandNames[] = {
+    {"translate", CommandLine::Command::translate}, {"models", CommandLine::Command::models},
+    {"glossary", CommandLine::Command::glossary},   {"defaults", CommandLine::Command::defaults},
+    {"service", CommandLine::Command::service},     {"trigger", CommandLine::Command::trigger},
+    {"show", CommandLine::Command::show},           {"status", CommandLine::Command::status},
+    {"help", CommandLine::Command::help},
+};
+
+std::optional<CommandLine::Command> commandOf(const QString& name)
+{
+    const auto found = std::ranges::find_if(
+        commandNames, [&](const CommandName& entry) { return name == QLatin1String(entry.name); });
+    return found == std::end(commandNames) ? std::nullopt : std::optional(found->command);
+}
+
 } // namespace
 
 std::expected<CommandLine, QString> parseCommandLine(const QStringList& arguments)
@@ -155,19 +226,11 @@ std::expected<CommandLine, QString> parseCommandLine(const QStringList& argument
     }
     const QString& name = arguments[i];
     line.arguments = arguments.sliced(i + 1);
-    if (name == QStringLiteral("translate")) {
-        line.command = CommandLine::Command::translate;
-    } else if (name == QStringLiteral("models")) {
-        line.command = CommandLine::Command::models;
-    } else if (name == QStringLiteral("glossary")) {
-        line.command = CommandLine::Command::glossary;
-    } else if (name == QStringLiteral("defaults")) {
-        line.command = CommandLine::Command::defaults;
-    } else if (name == QStringLiteral("help")) {
-        line.command = CommandLine::Command::help;
-    } else {
+    const auto command = commandOf(name);
+    if (!command) {
         return std::unexpected(QStringLiteral("unknown command \"%1\"").arg(name));
     }
+    line.command = *command;
     return line;
 }
 
@@ -182,6 +245,14 @@ QString helpText(CommandLine::Command command)
         return QString::fromUtf8(glossaryHelp);
     case CommandLine::Command::defaults:
         return QString::fromUtf8(defaultsHelp);
+    case CommandLine::Command::service:
+        return QString::fromUtf8(serviceHelp);
+    case CommandLine::Command::trigger:
+        return QString::fromUtf8(triggerHelp);
+    case CommandLine::Command::show:
+        return QString::fromUtf8(showHelp);
+    case CommandLine::Command::status:
+        return QString::fromUtf8(statusHelp);
     case CommandLine::Command::desktop:
     case CommandLine::Command::help:
     case CommandLine::Command::version:

@@ -26,6 +26,10 @@ struct CommandLine
         models,
         glossary,
         defaults,
+        service,
+        trigger,
+        show,
+        status,
         help,
         version,
     };

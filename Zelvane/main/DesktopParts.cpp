@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QWindow>
 
+#include <algorithm>
+
 namespace zelvane {
 
 DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
@@ -24,6 +26,8 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
     , m_settingsScene(m_interface, {m_settingsWindow, m_model.bindableAccessibilityState(), desktop,
                                     core.clock(), [this] { m_permission.relaunch(); },
                                     [this] { m_shell.settingsDisappeared(); }})
+    , m_services({core.settings(), core.dispatch(), core.trace(), m_interface})
+    , m_control({core.settings(), m_model, m_interface}, controlActions())
 {
     if (start == Start::byUser) {
         m_interface.setPromptOnLaunch([this] { m_permission.promptOnLaunchIfNeeded(); });
@@ -78,6 +82,26 @@ ApplicationShell::LaunchSteps DesktopParts::launchSteps()
 void DesktopParts::showPermission()
 {
     m_settingsWindow.requestOpen(SettingsWindow::PendingSection::accessibility);
+}
+
+ProgramControl::Actions DesktopParts::controlActions()
+{
+    return {
+        .reopen = [this] { m_shell.shouldHandleReopen(); },
+        .anyWindowIsVisible =
+            [this] {
+                return std::ranges::any_of(m_interface.windows().windows(),
+                                           &ApplicationWindow::isVisible);
+            },
+        .hasTrayIcon = [this] { return m_tray && m_tray->isInTray(); },
+        .openPanel =
+            [this] {
+                if (m_tray) {
+                    m_tray->openPanel();
+                }
+            },
+        .showSettings = [this] { m_settingsWindow.requestOpen(); },
+    };
 }
 
 void DesktopParts::tellOfActivation()

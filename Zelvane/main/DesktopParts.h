@@ -5,7 +5,9 @@
 #include "desktop/ApplicationShell.h"
 #include "desktop/HotKeyManager.h"
 #include "desktop/OptionClickMenuManager.h"
+#include "desktop/ProgramControl.h"
 #include "desktop/SelectionTranslation.h"
+#include "desktop/ServicesProvider.h"
 #include "desktop/SettingsWindow.h"
 #include "desktop/TrayAbsence.h"
 #include "main/Platform.h"
@@ -41,11 +43,14 @@ public:
 
     [[nodiscard]] AppModel& model() { return m_model; }
     [[nodiscard]] ApplicationShell& shell() { return m_shell; }
+    [[nodiscard]] ServicesProvider& services() { return m_services; }
+    [[nodiscard]] ProgramControl& control() { return m_control; }
 
 private:
     void tellOfActivation();
     void watchTray();
     [[nodiscard]] ApplicationShell::LaunchSteps launchSteps();
+    [[nodiscard]] ProgramControl::Actions controlActions();
 
     ProgramCore& m_core;
     Start m_start;
@@ -60,6 +65,8 @@ private:
     ApplicationShell m_shell;
     SettingsScene m_settingsScene;
     std::unique_ptr<TrayAbsence> m_trayAbsence;
+    ServicesProvider m_services;
+    ProgramControl m_control;
 };
 
 } // namespace zelvane

@@ -42,6 +42,25 @@ QCoro::Task<void> limitTheEnd()
     co_return;
 }
 
+QCoro::Task<void> nothing()
+{
+    co_return;
+}
+
+/// Offers the program to the session until it stops: a start from then on waits for its end.
+void offerUntilStop(std::unique_ptr<SessionPresence>& presence, const QString& profile,
+                    DesktopParts& parts, StopSequence& stop)
+{
+    presence = offerToSession(profile, parts.services(), parts.control());
+    if (const auto shortcoming = presence->shortcoming()) {
+        complain(*shortcoming);
+    }
+    stop.aboutToStop([&presence] {
+        presence.reset();
+        return nothing();
+    });
+}
+
 End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** argv)
 {
     SystemClock clock;
@@ -53,6 +72,14 @@ End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** ar
     }
     QApplication application(argc, argv);
     nameApplication();
+    const auto instance = becomeOnlyInstance(line.profile);
+    if (!instance) {
+        complain(instance.error());
+        return {.status = int(ExitStatus::failure)};
+    }
+    if (!*instance) {
+        return {.status = int(ExitStatus::success)};
+    }
     StopSequence stop(clock, [] { QApplication::quit(); });
     stop.aboutToStop([] { return limitTheEnd(); });
     const UnixSignals endInOrder([&stop](int) { stop.begin(); }, beginEndDeadline);
@@ -76,6 +103,8 @@ End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** ar
         reportOn(parts.model());
     }
     parts.launch();
+    std::unique_ptr<SessionPresence> presence;
+    offerUntilStop(presence, line.profile, parts, stop);
     const ShortcomingNotice notice(*desktop, clock);
     end.status = QApplication::exec();
     return end;

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "cli/RunningProgram.h"
 #include "desktop/AccessibilityPermission.h"
 #include "desktop/FocusInspector.h"
 #include "desktop/HotKeyRegistrar.h"
 #include "desktop/KeystrokePoster.h"
 #include "desktop/MouseTap.h"
 #include "desktop/Pasteboard.h"
+#include "desktop/ProgramControl.h"
+#include "desktop/ServicesProvider.h"
 #include "foundation/Clock.h"
 #include "settings/SecretBackend.h"
 
@@ -66,5 +69,41 @@ struct DesktopRequests
 /// The session's desktop. Where a session lets no program press keys it stands for that: the
 /// permission is denied, and `shortcoming` says what is missing. `clock` must outlive the desktop.
 [[nodiscard]] std::unique_ptr<Desktop> openDesktop(Clock& clock, DesktopRequests requests);
+
+/// Keeps this process the only running program of its profile.
+class OnlyInstance
+{
+public:
+    OnlyInstance() = default;
+    virtual ~OnlyInstance() = default;
+    Q_DISABLE_COPY_MOVE(OnlyInstance)
+};
+
+/// Null if the program runs already; it has then been told that it was started again. The error is
+/// a sentence: it runs and can't be told. Waits for some seconds at most. The application object
+/// must exist.
+[[nodiscard]] std::expected<std::unique_ptr<OnlyInstance>, QString>
+becomeOnlyInstance(const QString& profile);
+
+/// The program as the other programs of the session find it, as long as this object lives.
+class SessionPresence
+{
+public:
+    SessionPresence() = default;
+    virtual ~SessionPresence() = default;
+    Q_DISABLE_COPY_MOVE(SessionPresence)
+
+    /// What other programs can't do, in a sentence; none if nothing is missing.
+    [[nodiscard]] virtual std::optional<QString> shortcoming() const = 0;
+};
+
+/// Offers the services and the control to the session. Both must outlive what is returned.
+[[nodiscard]] std::unique_ptr<SessionPresence>
+offerToSession(const QString& profile, ServicesProvider& services, ProgramControl& control);
+
+/// The program that runs in the desktop session. The error is a sentence: there is no way to it.
+/// The application object must exist.
+[[nodiscard]] std::expected<std::unique_ptr<RunningProgram>, QString>
+reachRunningProgram(const QString& profile);
 
 } // namespace zelvane

@@ -1,9 +1,11 @@
 #include "main/ScriptingProgram.h"
 
+#include "cli/ControlCommands.h"
 #include "cli/DefaultsCommand.h"
 #include "cli/EngineChoice.h"
 #include "cli/GlossaryCommand.h"
 #include "cli/ModelsCommand.h"
+#include "cli/ServiceCommand.h"
 #include "cli/TranslateCommand.h"
 #include "foundation/SystemClock.h"
 #include "foundation/UnixSignals.h"
@@ -133,6 +135,19 @@ ExitStatus runToItsEnd(const std::function<QCoro::Task<ExitStatus>(std::stop_tok
     return ExitStatus(QCoreApplication::exec());
 }
 
+/// The text of a call: an argument, or what stands on standard input.
+std::expected<QString, QString> textOf(const std::optional<QString>& argument,
+                                       const CommandStreams& streams)
+{
+    return argument ? std::expected<QString, QString>(*argument) : readText(streams.input);
+}
+
+ExitStatus failed(const CommandStreams& streams, const QString& sentence)
+{
+    streams.complain(sentence);
+    return ExitStatus::failure;
+}
+
 ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& store,
                         const CommandStreams& streams)
 {
@@ -144,11 +159,9 @@ ExitStatus runTranslate(const CommandLine& line, const QString& key, UserStore& 
         streams.print(helpText(CommandLine::Command::translate));
         return ExitStatus::success;
     }
-    const auto text =
-        options->text ? std::expected<QString, QString>(*options->text) : readText(streams.input);
+    const auto text = textOf(options->text, streams);
     if (!text) {
-        streams.complain(text.error());
-        return ExitStatus::failure;
+        return failed(streams, text.error());
     }
 
     OverlayUserDefaults overlay(&store.defaults());
@@ -185,11 +198,9 @@ ExitStatus runModels(const CommandLine& line, const QString& key, UserStore& sto
 ExitStatus lookIntoGlossary(const GlossaryOptions& options, const UserStore& store,
                             const CommandStreams& streams)
 {
-    const auto text =
-        options.text ? std::expected<QString, QString>(*options.text) : readText(streams.input);
+    const auto text = textOf(options.text, streams);
     if (!text) {
-        streams.complain(text.error());
-        return ExitStatus::failure;
+        return failed(streams, text.error());
     }
     GlossaryStore glossary(glossaryFolder(store.applicationSupport()));
     return runToItsEnd([&](std::stop_token stop) {
@@ -234,6 +245,48 @@ ExitStatus runGlossary(const CommandLine& line, UserStore& store, const CommandS
     }
 }
 
+ExitStatus runService(const CommandLine& line, const CommandStreams& streams)
+{
+    const auto options = parseServiceOptions(line.arguments);
+    if (!options) {
+        return misused(streams, options.error(), QStringLiteral("service"));
+    }
+    if (options->help) {
+        streams.print(helpText(line.command));
+        return ExitStatus::success;
+    }
+    const auto text = textOf(options->text, streams);
+    if (!text) {
+        return failed(streams, text.error());
+    }
+    const auto program = reachRunningProgram(line.profile);
+    if (!program) {
+        return failed(streams, program.error());
+    }
+    return runToItsEnd([&](std::stop_token stop) {
+        return runServiceCommand(*options, *text, **program, streams, std::move(stop));
+    });
+}
+
+ExitStatus runControl(const CommandLine& line, const QString& name, const CommandStreams& streams)
+{
+    const auto options = parseControlOptions(line.command, line.arguments);
+    if (!options) {
+        return misused(streams, options.error(), name);
+    }
+    if (options->action == ControlOptions::Action::help) {
+        streams.print(helpText(line.command));
+        return ExitStatus::success;
+    }
+    const auto program = reachRunningProgram(line.profile);
+    if (!program) {
+        return failed(streams, program.error());
+    }
+    return runToItsEnd([&](std::stop_token stop) {
+        return runControlCommand(*options, **program, streams, std::move(stop));
+    });
+}
+
 ExitStatus runCommand(const CommandLine& line, const QString& key, UserStore& store,
                       const CommandStreams& streams)
 {
@@ -244,6 +297,14 @@ ExitStatus runCommand(const CommandLine& line, const QString& key, UserStore& st
         return runGlossary(line, store, streams);
     case CommandLine::Command::models:
         return runModels(line, key, store, streams);
+    case CommandLine::Command::service:
+        return runService(line, streams);
+    case CommandLine::Command::trigger:
+        return runControl(line, QStringLiteral("trigger"), streams);
+    case CommandLine::Command::show:
+        return runControl(line, QStringLiteral("show"), streams);
+    case CommandLine::Command::status:
+        return runControl(line, QStringLiteral("status"), streams);
     default:
         return runTranslate(line, key, store, streams);
     }

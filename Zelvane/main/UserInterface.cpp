@@ -146,4 +146,16 @@ TrayItem::TrayItem(UserInterface& interface, const AppSettings& settings, AppMod
 
 TrayItem::~TrayItem() = default;
 
+bool TrayItem::isInTray() const
+{
+    return m_parts->watcher.available();
+}
+
+void TrayItem::openPanel()
+{
+    if (!m_parts->controller.menu().isVisible()) {
+        m_parts->controller.togglePanel();
+    }
+}
+
 } // namespace zelvane

@@ -65,6 +65,11 @@ public:
     ~TrayItem();
     Q_DISABLE_COPY_MOVE(TrayItem)
 
+    /// Whether there is a tray for the item to show in.
+    [[nodiscard]] bool isInTray() const;
+    /// Opens what a click on the item opens, at the pointer where there is no tray.
+    void openPanel();
+
 private:
     struct Parts;
     std::unique_ptr<Parts> m_parts;

@@ -59,6 +59,10 @@ int main(int argc, char** argv)
     case CommandLine::Command::models:
     case CommandLine::Command::glossary:
     case CommandLine::Command::defaults:
+    case CommandLine::Command::service:
+    case CommandLine::Command::trigger:
+    case CommandLine::Command::show:
+    case CommandLine::Command::status:
         return runScriptingProgram(*line, key, argc, argv);
     case CommandLine::Command::help:
         return printHelp(*line);

@@ -1,0 +1,135 @@
+#include "desktop/linux/session/BusProgram.h"
+
+#include "desktop/linux/session/BusNames.h"
+#include "desktop/linux/session/InstanceLock.h"
+#include "foundation/Completion.h"
+
+#include <QDBusArgument>
+#include <QDBusError>
+#include <QDBusPendingCallWatcher>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace zelvane {
+
+namespace {
+
+RunningProgramError notRunning()
+{
+    return RunningProgramError(
+        QStringLiteral("Zelvane Desk isn't running; zelvane-desk without a command starts it"));
+}
+
+RunningProgramError failureOf(const QDBusMessage& reply)
+{
+    const QDBusError error(reply);
+    if (error.name().startsWith(busError::prefix())) {
+        return RunningProgramError(error.message());
+    }
+    if (error.name().startsWith(QStringLiteral("org.freedesktop.DBus.Error.Spawn."))) {
+        return RunningProgramError(QStringLiteral("Zelvane Desk could not be started: ") +
+                                   error.message());
+    }
+    switch (error.type()) {
+    case QDBusError::ServiceUnknown:
+        return notRunning();
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return RunningProgramError(QStringLiteral("Zelvane Desk does not answer"));
+    case QDBusError::Disconnected:
+        return RunningProgramError(QStringLiteral("the session bus has gone"));
+    default:
+        return RunningProgramError(QStringLiteral("Zelvane Desk did not understand: ") +
+                                   error.message());
+    }
+}
+
+} // namespace
+
+bool sessionBusIsAtHand(const QString& instance)
+{
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
+           (!runtime.isEmpty() && QFileInfo::exists(runtime + QStringLiteral("/bus"))) ||
+           InstanceLock(InstanceLock::usualFolder(), instance).isHeldByAnother();
+}
+
+BusProgram::BusProgram(const QDBusConnection& bus, QString instance, BusLimits limits)
+    : m_bus(bus)
+    , m_instance(std::move(instance))
+    , m_limits(limits)
+{
+}
+
+QCoro::Task<QString> BusProgram::translate(QString entry, QString text, std::stop_token stop)
+{
+    QDBusMessage call = makeCall(servicesInterface(), entry.first(1).toUpper() + entry.sliced(1));
+    call << text;
+    const QDBusMessage reply = co_await send(call, m_limits.translation, stop);
+    co_return reply.arguments().value(0).toString();
+}
+
+QCoro::Task<void> BusProgram::triggerPair(QString which, std::stop_token stop)
+{
+    QDBusMessage call = makeCall(controlInterface(), QStringLiteral("TriggerPair"));
+    call << which;
+    co_await send(call, m_limits.other, stop);
+}
+
+QCoro::Task<void> BusProgram::showTranslationWindow(std::stop_token stop)
+{
+    const QDBusMessage call = makeCall(controlInterface(), QStringLiteral("ShowTranslationWindow"));
+    co_await send(call, m_limits.other, stop);
+}
+
+QCoro::Task<void> BusProgram::showSettings(std::stop_token stop)
+{
+    const QDBusMessage call = makeCall(controlInterface(), QStringLiteral("ShowSettings"));
+    co_await send(call, m_limits.other, stop);
+}
+
+QCoro::Task<RunningProgram::Status> BusProgram::status(std::stop_token stop)
+{
+    QDBusMessage call = makeCall(controlInterface(), QStringLiteral("Status"));
+    // Who asks how it is doesn't want it started.
+    call.setAutoStartService(false);
+    const QDBusMessage reply = co_await send(call, m_limits.other, stop);
+    const auto facts = qdbus_cast<QVariantMap>(reply.arguments().value(0));
+    co_return Status{facts.value(QStringLiteral("Status")).toString(),
+                     facts.value(QStringLiteral("Busy")).toBool(),
+                     facts.value(QStringLiteral("LastError")).toString(),
+                     facts.value(QStringLiteral("Version")).toString(),
+                     facts.value(QStringLiteral("Pairs")).toStringList(),
+                     facts.value(QStringLiteral("PairIDs")).toStringList()};
+}
+
+QDBusMessage BusProgram::makeCall(const QString& interface, const QString& method) const
+{
+    return QDBusMessage::createMethodCall(m_instance, busObjectPath(), interface, method);
+}
+
+QCoro::Task<QDBusMessage> BusProgram::send(QDBusMessage call, std::chrono::milliseconds limit,
+                                           std::stop_token stop)
+{
+    if (!m_bus.isConnected()) {
+        throw RunningProgramError(
+            QStringLiteral("there is no session bus, so Zelvane Desk can't be reached"));
+    }
+    const Completion<QDBusMessage> answer;
+    auto* watcher =
+        new QDBusPendingCallWatcher(m_bus.asyncCall(call, int(limit.count())), &m_calls);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [answer, watcher] {
+        watcher->deleteLater();
+        answer.succeed(watcher->reply());
+    });
+    const std::stop_callback onStop(stop, [answer] { answer.fail(CancellationError()); });
+    const QDBusMessage reply = co_await answer.result();
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        throw failureOf(reply);
+    }
+    co_return reply;
+}
+
+} // namespace zelvane
