@@ -11,6 +11,8 @@ import subprocess
 import time
 from pathlib import Path
 
+ROOT = Path(__file__).resolve().parent.parent
+STARTER = ROOT / "Zelvane/Resources/starter-dictionary"
 LIMIT = 20  # seconds that anything may take to come up or to happen
 SCREEN = "1280x800"
 TOOLS = ("Xvfb", "openbox", "dbus-daemon", "xdotool", "xclip", "import", "picom")
@@ -163,10 +165,23 @@ class Zelvane:
         words = process.stdout.readline().decode().split()
         if len(words) != 2:
             raise Failure("the provider on this machine did not start")
-        self.command("defaults", "write", "zv.provider", "Mistral")
+        self.choose_engine("Mistral")
         self.command("defaults", "write", "zv.endpoint.Mistral", f"http://127.0.0.1:{words[1]}")
+
+    def choose_engine(self, name):
+        self.command("defaults", "write", "zv.provider", name)
         # What the program asks the hosted service at its start stays on this machine.
         self.command("defaults", "write", "zv.endpoint.Zelvane", "http://127.0.0.1:9")
+
+    def install_starter_dictionaries(self):
+        """As ordinary dictionaries of this profile, both ways between English and three languages."""
+        folder = self.profile / "data/org.zelvane.desk/glossaries/wikdict-2_2026-06"
+        folder.mkdir(parents=True)
+        for file in STARTER.glob("*.tsv"):
+            shutil.copy(file, folder)
+        packages = [{"sourceCode": code, "targetCode": "en-US"} for code in ("fr", "de", "es")]
+        self.command("defaults", "write", "zv.glossaryPackages.wikdict-2_2026-06", "--data",
+                     json.dumps(packages))
 
     def write_pairs(self, key_code_by_target):
         """One pair for each target language, from any language, with Control, Alt and a key."""
@@ -179,14 +194,18 @@ class Zelvane:
     def write_bool(self, key, value):
         self.command("defaults", "write", key, "--bool", "true" if value else "false")
 
-    def start(self):
+    def start(self, key="demonstration"):
         self.write_bool("zv.hasSeenOnboarding", True)
+        environment = {"ZELVANE_API_KEY": key} if key else {}
         with self.log.open("w") as log:
             process = self.desktop.start(self.program, "--profile", str(self.profile), "--report",
-                                         stdout=log, stderr=subprocess.STDOUT,
-                                         environment={"ZELVANE_API_KEY": "demonstration"})
+                                         stdout=log, stderr=subprocess.STDOUT, environment=environment)
         wait_for("the start of Zelvane Desk", lambda: "ready\n" in self.printed())
         return process
+
+    def quit(self, process):
+        process.terminate()
+        process.wait(LIMIT)
 
     def printed(self):
         return self.log.read_text() if self.log.exists() else ""
