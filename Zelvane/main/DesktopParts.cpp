@@ -69,8 +69,7 @@ ApplicationShell::LaunchSteps DesktopParts::launchSteps()
         .makeMenuBar =
             [this] {
                 m_tray = std::make_unique<TrayItem>(m_interface, m_core.settings(), m_model,
-                                                    m_optionMenu, m_core.clock(),
-                                                    [this] { m_core.stop().begin(); });
+                                                    m_core.clock(), menuBarActions());
             },
         .startHostedSynchronisation = [this] { m_core.hostedStartUp().start(); },
         .deleteRetiredModels = [this] { m_core.deleteRetiredModels(); },
@@ -101,6 +100,25 @@ ProgramControl::Actions DesktopParts::controlActions()
                 }
             },
         .showSettings = [this] { m_settingsWindow.requestOpen(); },
+    };
+}
+
+MenuBarActions DesktopParts::menuBarActions()
+{
+    return {
+        .appeared =
+            [this] {
+                m_model.startHotKeys();
+                m_optionMenu.setWanted(m_core.settings().optionRightClickMenu());
+                m_model.refreshOptionMenuStatus();
+            },
+        .manualTranslation = [this] { m_interface.showManualTranslationWindow(); },
+        .settings =
+            [this] {
+                m_settingsWindow.installCloseObserver();
+                m_settingsWindow.requestOpen();
+            },
+        .quit = [this] { m_core.stop().begin(); },
     };
 }
 

@@ -51,6 +51,7 @@ private:
     void watchTray();
     [[nodiscard]] ApplicationShell::LaunchSteps launchSteps();
     [[nodiscard]] ProgramControl::Actions controlActions();
+    [[nodiscard]] MenuBarActions menuBarActions();
 
     ProgramCore& m_core;
     Start m_start;

@@ -1,6 +1,7 @@
 #include "main/UserInterface.h"
 
 #include "ui/alert/AlertWindowPresenter.h"
+#include "ui/components/Observe.h"
 #include "ui/linux/BusNotifications.h"
 #include "ui/linux/LinuxAppearance.h"
 #include "ui/linux/TrayWatcher.h"
@@ -18,7 +19,9 @@
 #include "ui/style/StyleTweaker.h"
 #include "ui/style/Theme.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
+#include <QEvent>
 
 #include <utility>
 
@@ -40,6 +43,10 @@ struct UserInterface::Parts
         , popup(theme, *windows, origins, settings)
     {
         dressApplication(theme);
+        observe(&appearance, settings.bindableAppLanguage(), [](AppLanguage) {
+            // Every window that is open puts its texts anew.
+            QCoreApplication::postEvent(qApp, new QEvent(QEvent::LanguageChange));
+        });
     }
 
     StyleTweaker tokens;
@@ -121,26 +128,23 @@ void UserInterface::promptOnLaunchIfNeeded()
 struct TrayItem::Parts
 {
     Parts(UserInterface::Parts& interface, const AppSettings& settings, AppModel& appModel,
-          OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit)
-        : model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
+          Clock& clock, MenuBarActions actions)
+        : available(interface.tray.bindableAvailable())
+        , model(settings, appModel.bindableStatus(), appModel.bindableIsBusy())
         , controller(model, interface.theme, clock, interface.tray.bindableAvailable(),
-                     {[&appModel, &optionMenu, &settings] {
-                          appModel.startHotKeys();
-                          optionMenu.setWanted(settings.optionRightClickMenu());
-                          appModel.refreshOptionMenuStatus();
-                      },
-                      std::move(quit)})
+                     std::move(actions))
     {
     }
 
+    QBindable<bool> available;
     MenuBarModel model;
     MenuBarController controller;
 };
 
 TrayItem::TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model,
-                   OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit)
-    : m_parts(std::make_unique<Parts>(*interface.m_parts, settings, model, optionMenu, clock,
-                                      std::move(quit)))
+                   Clock& clock, MenuBarActions actions)
+    : m_parts(
+          std::make_unique<Parts>(*interface.m_parts, settings, model, clock, std::move(actions)))
 {
 }
 
@@ -148,12 +152,12 @@ TrayItem::~TrayItem() = default;
 
 bool TrayItem::isInTray() const
 {
-    return m_parts->watcher.available();
+    return m_parts->available.value();
 }
 
 void TrayItem::openPanel()
 {
-    if (!m_parts->controller.menu().isVisible()) {
+    if (!m_parts->controller.panel()) {
         m_parts->controller.togglePanel();
     }
 }

@@ -10,6 +10,7 @@
 #include "foundation/Clock.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
+#include "ui/menubar/MenuBarActions.h"
 
 #include <QBindable>
 #include <QString>
@@ -59,9 +60,9 @@ private:
 class TrayItem
 {
 public:
-    /// All must outlive this object. `quit` is what the user's choice to end the program does.
-    TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model,
-             OptionClickMenu& optionMenu, Clock& clock, std::function<void()> quit);
+    /// All must outlive this object.
+    TrayItem(UserInterface& interface, const AppSettings& settings, AppModel& model, Clock& clock,
+             MenuBarActions actions);
     ~TrayItem();
     Q_DISABLE_COPY_MOVE(TrayItem)
 

@@ -1,8 +1,10 @@
 #include "ui/menubar/MenuBarController.h"
 
+#include "settings/Localization.h"
 #include "support/Await.h"
 #include "ui/AccessibleWalk.h"
 #include "ui/UiFixture.h"
+#include "ui/components/FocusRing.h"
 #include "ui/style/InterfaceStyle.h"
 
 #include <gmock/gmock.h>
@@ -99,15 +101,37 @@ protected:
         return texts;
     }
 
-    [[nodiscard]] MenuBarController::Actions actions()
+    [[nodiscard]] MenuBarActions actions()
     {
-        return {[this] { ++openings; }, [this] { ++quits; }};
+        return {.appeared = [this] { events += QStringLiteral("appeared"); },
+                .manualTranslation = [this] { events += QStringLiteral("window"); },
+                .settings = [this] { events += QStringLiteral("settings"); },
+                .quit = [this] { events += QStringLiteral("quit"); }};
+    }
+
+    /// The texts that the open panel shows, from top to bottom.
+    [[nodiscard]] static QStringList shownTexts(const MenuBarController& controller)
+    {
+        QList<std::pair<QPoint, QString>> found;
+        for (const QLabel* label : controller.panel()->findChildren<QLabel*>()) {
+            if (label->isVisible()) {
+                const QPoint place = label->mapTo(controller.panel(), QPoint(0, 0));
+                found.append({QPoint(place.y(), place.x()), label->text()});
+            }
+        }
+        std::ranges::sort(found, [](const auto& a, const auto& b) {
+            return std::pair(a.first.x(), a.first.y()) < std::pair(b.first.x(), b.first.y());
+        });
+        QStringList texts;
+        for (const auto& [place, text] : found) {
+            texts += text;
+        }
+        return texts;
     }
 
     FakeController app;
     MenuBarModel model{settings, QBindable<QString>(&app.status), QBindable<bool>(&app.isBusy)};
-    int openings = 0;
-    int quits = 0;
+    QStringList events;
 };
 
 TEST_F(MenuBarTest, listsTheEnabledPairsWithTheirShortcuts)
@@ -118,15 +142,20 @@ TEST_F(MenuBarTest, listsTheEnabledPairsWithTheirShortcuts)
                     MenuBarRow{QStringLiteral("English → Hindi"), QStringLiteral("—"), false}));
 }
 
-TEST_F(MenuBarTest, menuHasTheStatusThePairsAndQuit)
+TEST_F(MenuBarTest, menuHasTheStatusThePairsAndTheCommands)
 {
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
-    EXPECT_THAT(entries(controller), ElementsAre(QStringLiteral("Ready"), QStringLiteral("-"),
-                                                 QStringLiteral("English → German\t⌃⌥D"),
-                                                 QStringLiteral("English → Hindi\t—"),
-                                                 QStringLiteral("-"), QStringLiteral("Quit")));
-    controller.menu().actions().constLast()->trigger();
-    EXPECT_EQ(quits, 1);
+    EXPECT_THAT(entries(controller),
+                ElementsAre(QStringLiteral("Ready"), QStringLiteral("-"),
+                            QStringLiteral("English → German\t⌃⌥D"),
+                            QStringLiteral("English → Hindi\t—"), QStringLiteral("-"),
+                            QStringLiteral("Translation Window"), QStringLiteral("Settings"),
+                            QStringLiteral("-"), QStringLiteral("Quit")));
+    for (QAction* action : controller.menu().actions()) {
+        action->trigger();
+    }
+    EXPECT_THAT(events, ElementsAre(QStringLiteral("window"), QStringLiteral("settings"),
+                                    QStringLiteral("quit")));
 }
 
 TEST_F(MenuBarTest, menuFollowsTheStatusAndThePairs)
@@ -153,16 +182,276 @@ TEST_F(MenuBarTest, showsNoIconBeforeThereIsATray)
     EXPECT_EQ(controller.trayIcon(), icon);
 }
 
-TEST_F(MenuBarTest, canBeOpenedAndClosedWithoutATray)
+TEST_F(MenuBarTest, menuTellsThatItAppears)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.menu().popup({100, 100});
+    EXPECT_THAT(events, ElementsAre(QStringLiteral("appeared")));
+    controller.menu().close();
+}
+
+TEST_F(MenuBarTest, makesNoPanelBeforeItIsWanted)
+{
+    app.trayAvailable = true;
+    const auto windowsBefore = QApplication::topLevelWidgets().size();
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    EXPECT_EQ(controller.panel(), nullptr);
+    EXPECT_TRUE(events.isEmpty());
+    // The menu, which shows nothing yet.
+    EXPECT_LE(QApplication::topLevelWidgets().size(), windowsBefore + 2);
+}
+
+TEST_F(MenuBarTest, panelHasTheStatusThePairsAndTheirShortcuts)
 {
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
     controller.togglePanel();
-    EXPECT_TRUE(controller.menu().isVisible());
-    EXPECT_EQ(openings, 1);
-    controller.togglePanel();
-    EXPECT_FALSE(controller.menu().isVisible());
-    EXPECT_EQ(openings, 1);
+    EXPECT_THAT(shownTexts(controller),
+                ElementsAre(QStringLiteral("Zelvane Desk"), QStringLiteral("Ready"),
+                            QStringLiteral("English → German"), QStringLiteral("⌃⌥D"),
+                            QStringLiteral("English → Hindi"), QStringLiteral("—")));
+    EXPECT_EQ(controller.panel()->findChildren<Divider*>().size(), 1);
 }
+
+TEST_F(MenuBarTest, panelFollowsTheStatusAndThePairsWhileItIsOpen)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    const int height = controller.panel()->panelFrame().height();
+    app.status = QStringLiteral("Translating EN-DE…");
+    EXPECT_EQ(shownTexts(controller)[1], QStringLiteral("Translating EN-DE…"));
+    settings.setPairs({});
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QApplication::processEvents();
+    EXPECT_THAT(shownTexts(controller),
+                ElementsAre(QStringLiteral("Zelvane Desk"), QStringLiteral("Translating EN-DE…"),
+                            QStringLiteral("No language pairs enabled")));
+    EXPECT_LT(controller.panel()->panelFrame().height(), height);
+}
+
+TEST_F(MenuBarTest, translationWindowOpensWithoutAnyPair)
+{
+    settings.setPairs({});
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    QTest::mouseClick(&controller.panel()->content().translationButton(), Qt::LeftButton);
+    EXPECT_EQ(events.constLast(), QStringLiteral("window"));
+    EXPECT_EQ(controller.panel(), nullptr);
+}
+
+TEST_F(MenuBarTest, commandsCloseThePanelFirst)
+{
+    MenuBarController* opened = nullptr;
+    QStringList seen;
+    const auto note = [&](const QString& name) {
+        seen += name + (opened->panel() ? QStringLiteral(" over the panel") : QString());
+    };
+    MenuBarController controller(model, theme, clock, &app.trayAvailable,
+                                 {.settings = [&] { note(QStringLiteral("settings")); },
+                                  .quit = [&] { note(QStringLiteral("quit")); }});
+    opened = &controller;
+    controller.togglePanel();
+    QTest::mouseClick(&controller.panel()->content().settingsButton(), Qt::LeftButton);
+    controller.togglePanel();
+    QTest::mouseClick(&controller.panel()->content().quitButton(), Qt::LeftButton);
+    EXPECT_THAT(seen, ElementsAre(QStringLiteral("settings"), QStringLiteral("quit")));
+}
+
+TEST_F(MenuBarTest, commandsHaveTheirKeys)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(controller.panel(), nullptr);
+    controller.togglePanel();
+    QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(controller.panel(), nullptr);
+    controller.togglePanel();
+    QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(controller.panel(), nullptr);
+    EXPECT_THAT(events, ElementsAre(QStringLiteral("appeared"), QStringLiteral("settings"),
+                                    QStringLiteral("appeared"), QStringLiteral("quit"),
+                                    QStringLiteral("appeared"), QStringLiteral("window")));
+}
+
+TEST_F(MenuBarTest, escClosesThePanel)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(controller.panel(), nullptr);
+}
+
+TEST_F(MenuBarTest, aClickElsewhereClosesThePanel)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(controller.panel()));
+    QTest::mouseClick(controller.panel()->windowHandle(), Qt::LeftButton, {}, QPoint(-40, -40));
+    EXPECT_EQ(controller.panel(), nullptr);
+}
+
+TEST_F(MenuBarTest, aClickOnTheShadowIsAClickElsewhere)
+{
+    appearance.setCompositing(true);
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    QTest::mouseClick(controller.panel(), Qt::LeftButton, {}, QPoint(3, 100));
+    EXPECT_EQ(controller.panel(), nullptr);
+}
+
+TEST_F(MenuBarTest, aClickOnTheIconClosesThePanelAndDoesNotOpenItAgain)
+{
+    app.trayAvailable = true;
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    const auto clickIcon = [&] {
+        Q_EMIT controller.trayIcon()->activated(QSystemTrayIcon::Trigger);
+    };
+    clickIcon();
+    ASSERT_NE(controller.panel(), nullptr);
+    // The click arrives while the panel is open,
+    clickIcon();
+    EXPECT_EQ(controller.panel(), nullptr);
+    clock.advance(1s);
+    // or right after it has closed the panel by being a click elsewhere.
+    clickIcon();
+    ASSERT_NE(controller.panel(), nullptr);
+    controller.panel()->close();
+    clickIcon();
+    EXPECT_EQ(controller.panel(), nullptr);
+    clock.advance(301ms);
+    clickIcon();
+    EXPECT_NE(controller.panel(), nullptr);
+}
+
+TEST_F(MenuBarTest, theOtherButtonLeavesThePanelAlone)
+{
+    app.trayAvailable = true;
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    Q_EMIT controller.trayIcon()->activated(QSystemTrayIcon::Context);
+    EXPECT_EQ(controller.panel(), nullptr);
+}
+
+TEST_F(MenuBarTest, eachOpeningTellsThatThePanelAppears)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    for (int i = 0; i < 2; ++i) {
+        controller.togglePanel();
+        controller.togglePanel();
+    }
+    EXPECT_THAT(events, ElementsAre(QStringLiteral("appeared"), QStringLiteral("appeared")));
+}
+
+TEST_F(MenuBarTest, panelIsAsWideAsTheTokensSayButNotTooNarrow)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    EXPECT_EQ(controller.panel()->panelFrame().width(), 320);
+    TrayLayoutTokens tray = tokens.tray();
+    tray.width = 400;
+    tokens.setTray(tray);
+    EXPECT_EQ(controller.panel()->panelFrame().width(), 400);
+    tray.width = 100;
+    tokens.setTray(tray);
+    EXPECT_EQ(controller.panel()->panelFrame().width(), 260);
+}
+
+TEST_F(MenuBarTest, panelTakesItsPaddingAndSpacingFromTheTokens)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    const int height = controller.panel()->panelFrame().height();
+    TrayLayoutTokens tray = tokens.tray();
+    tray.padding = 24;
+    tray.contentSpacing = 22;
+    tokens.setTray(tray);
+    QApplication::processEvents();
+    // Twice 10 more around, three times 10 more between the four parts.
+    EXPECT_EQ(controller.panel()->panelFrame().height(), height + 50);
+}
+
+TEST_F(MenuBarTest, wheelTurnsWhileTheProgramIsBusy)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    const auto* wheel = controller.panel()->findChild<Spinner*>();
+    EXPECT_FALSE(wheel->isVisible());
+    app.isBusy = true;
+    EXPECT_TRUE(wheel->isVisible());
+    app.isBusy = false;
+    EXPECT_FALSE(wheel->isVisible());
+}
+
+TEST_F(MenuBarTest, panelSpeaksTheLanguageThatIsChosenWhileItIsOpen)
+{
+    installLocalization(&defaults);
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    settings.setAppLanguage(AppLanguage::german);
+    QEvent change(QEvent::LanguageChange);
+    QApplication::sendEvent(&controller.panel()->content(), &change);
+    QApplication::processEvents();
+    EXPECT_EQ(controller.panel()->content().quitButton().text(), QStringLiteral("Beenden"));
+    EXPECT_EQ(shownTexts(controller)[2], QStringLiteral("Englisch (USA) → Deutsch"));
+    installLocalization(nullptr);
+}
+
+TEST_F(MenuBarTest, tabReachesEveryCommandWithAVisibleRing)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    const auto* ring = controller.panel()->findChild<FocusRing*>();
+    QStringList visited{controller.panel()->focusWidget()->property("text").toString()};
+    EXPECT_FALSE(ring->isVisible());
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Tab);
+        EXPECT_TRUE(ring->isVisible());
+        visited += controller.panel()->focusWidget()->property("text").toString();
+    }
+    EXPECT_THAT(visited,
+                ElementsAre(QStringLiteral("Translation Window"), QStringLiteral("Settings"),
+                            QStringLiteral("Quit"), QStringLiteral("Translation Window")));
+}
+
+TEST_F(MenuBarTest, namesEveryControlOfThePanelForScreenReaders)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    EXPECT_EQ(unnamedControls(*controller.panel()).join(u' ').toStdString(), "");
+    EXPECT_THAT(controlNames(*controller.panel()),
+                ElementsAre(QStringLiteral("Zelvane Desk"), QStringLiteral("Translation Window"),
+                            QStringLiteral("Settings"), QStringLiteral("Quit")));
+}
+
+struct OriginCase
+{
+    const char* name;
+    std::optional<QRect> icon;
+    QPoint expected;
+    Qt::LayoutDirection direction = Qt::LeftToRight;
+};
+
+class MenuBarPanelOrigin : public ::testing::TestWithParam<OriginCase>
+{
+};
+
+TEST_P(MenuBarPanelOrigin, isAtTheIconAndOnTheScreen)
+{
+    const QRect frame(0, 30, 1600, 970);
+    EXPECT_EQ(menuBarPanelOrigin({GetParam().icon, frame, GetParam().direction}, {320, 240}),
+              GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Places, MenuBarPanelOrigin,
+    ::testing::Values(
+        OriginCase{"belowAnIconAtTheTop", QRect(800, 4, 22, 22), {650, 38}},
+        OriginCase{"aboveAnIconAtTheBottom", QRect(800, 970, 22, 22), {650, 724}},
+        OriginCase{"notOverTheRightEdge", QRect(1570, 4, 22, 22), {1272, 38}},
+        OriginCase{"notOverTheLeftEdge", QRect(0, 970, 22, 22), {8, 724}},
+        OriginCase{"inTheCornerWithoutAnIcon", std::nullopt, {1272, 38}},
+        OriginCase{"inTheOtherCornerFromRightToLeft", std::nullopt, {8, 38}, Qt::RightToLeft},
+        OriginCase{"besideAnIconAtTheSide", QRect(4, 500, 22, 22), {8, 528}}),
+    [](const auto& info) { return info.param.name; });
 
 TEST_F(MenuBarTest, iconPulsesWhileTheProgramIsBusy)
 {
@@ -186,22 +475,22 @@ TEST_F(MenuBarTest, menuHasTheColoursOfTheTheme)
     dressApplication(theme);
     appearance.setColorScheme(ColorScheme::dark);
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
-    controller.togglePanel();
+    controller.menu().popup({100, 100});
     controller.menu().setActiveAction(controller.menu().actions().constLast());
     const QImage image = controller.menu().grab().toImage();
     EXPECT_EQ(image.pixelColor(image.width() / 2, 2), theme.colors().window);
     const QRect quit = controller.menu().actionGeometry(controller.menu().actions().constLast());
     EXPECT_EQ(image.pixelColor(quit.right() - 20, quit.center().y()), theme.colors().accent);
-    controller.togglePanel();
+    controller.menu().close();
     QApplication::setStyle(QStringLiteral("Fusion"));
 }
 
-TEST_F(MenuBarTest, namesEveryEntryForScreenReaders)
+TEST_F(MenuBarTest, namesEveryEntryOfTheMenuForScreenReaders)
 {
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
-    controller.togglePanel();
+    controller.menu().popup({100, 100});
     EXPECT_EQ(unnamedControls(controller.menu()).join(u' ').toStdString(), "");
-    controller.togglePanel();
+    controller.menu().close();
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "ui/components/Styling.h"
 #include "ui/style/Symbols.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -21,6 +22,18 @@ constexpr float keyHintStrength = 0.7F;
 constexpr int minimalWidth = 76;
 constexpr int iconButtonSide = 28;
 constexpr int iconButtonSymbol = 16;
+
+/// Return presses the button that has the keyboard. Whether it did.
+bool pressedByReturn(QAbstractButton& button, const QKeyEvent& event)
+{
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    const bool isPlain = (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (!isReturn || !isPlain) {
+        return false;
+    }
+    button.click();
+    return true;
+}
 
 } // namespace
 
@@ -111,6 +124,13 @@ void TextButton::paintEvent(QPaintEvent*)
     }
 }
 
+void TextButton::keyPressEvent(QKeyEvent* event)
+{
+    if (!pressedByReturn(*this, *event)) {
+        QAbstractButton::keyPressEvent(event);
+    }
+}
+
 int TextButton::textWidth(const QString& text) const
 {
     // Rounded up: a text that gets a fraction of a pixel too little loses its end.
@@ -181,6 +201,13 @@ void IconButton::paintEvent(QPaintEvent*)
     const int inset = (width() - iconButtonSymbol) / 2;
     painter.drawPixmap(
         inset, inset, symbolPixmap(m_symbol, symbolColor(), iconButtonSymbol, devicePixelRatioF()));
+}
+
+void IconButton::keyPressEvent(QKeyEvent* event)
+{
+    if (!pressedByReturn(*this, *event)) {
+        QAbstractButton::keyPressEvent(event);
+    }
 }
 
 } // namespace zelvane

@@ -2,7 +2,6 @@
 
 #include "settings/Localization.h"
 #include "ui/components/Observe.h"
-#include "ui/style/Symbols.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -14,46 +13,56 @@ namespace zelvane {
 
 namespace {
 
-/// The sizes in which trays show icons, in pixels.
-constexpr std::array iconSizes{16, 18, 22, 24, 32, 44, 48, 64};
+using namespace std::chrono_literals;
 
-QIcon trayIconPicture(double opacity)
-{
-    QIcon icon;
-    for (const int size : iconSizes) {
-        icon.addPixmap(picturePixmap(QStringLiteral("MenuBarIcon"), size, 1, opacity));
-    }
-    return icon;
-}
+/// A click on the icon that closes the panel, by being a click elsewhere, may still arrive as a
+/// click on the icon. One that comes so soon is the same one.
+constexpr auto oneClick = 300ms;
+/// About the size of an icon in a tray, around the pointer that clicked it.
+constexpr QSize assumedIcon(24, 24);
 
 QString withoutMnemonics(QString text)
 {
     return text.replace(u'&', QStringLiteral("&&"));
 }
 
+QRect aroundPointer()
+{
+    QRect icon({}, assumedIcon);
+    icon.moveCenter(QCursor::pos());
+    return icon;
+}
+
+QRect frameAround(const std::optional<QRect>& place)
+{
+    const QScreen* screen = QGuiApplication::screenAt(place ? place->center() : QCursor::pos());
+    if (!screen) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    return screen ? screen->availableGeometry() : QRect();
+}
+
 } // namespace
 
 MenuBarController::MenuBarController(MenuBarModel& model, const Theme& theme, Clock& clock,
-                                     QBindable<bool> trayAvailable, Actions actions)
+                                     QBindable<bool> trayAvailable, MenuBarActions actions)
     : m_model(model)
     , m_theme(theme)
+    , m_clock(clock)
     , m_actions(std::move(actions))
-    , m_pulse(clock, [this](double opacity) { drawIcon(opacity); })
+    , m_icon(model, theme, clock)
 {
     connect(&m_menu, &QMenu::aboutToShow, this, [this] {
         fillMenu();
-        m_actions.opened();
+        m_actions.appeared();
     });
-    fillMenu();
-
+    connect(&m_icon, &MenuBarStatusIcon::changed, this, [this] {
+        if (m_trayIcon) {
+            m_trayIcon->setIcon(m_icon.icon());
+        }
+    });
     observe(this, model.bindableStatus(), [this](const QString&) { followStatus(); });
     observe(this, model.bindablePairs(), [this](const QList<LanguagePair>&) { fillMenu(); });
-    observe(this, model.bindableIsBusy(), [this](bool busy) { m_pulse.setBusy(busy); });
-    const auto followMotion = [this] {
-        m_pulse.setReducedMotion(m_theme.appearance().reducedMotion());
-    };
-    connect(&theme, &Theme::changed, this, followMotion);
-    followMotion();
     observe(this, trayAvailable, [this](bool available) {
         if (available && !m_trayIcon) {
             showIcon();
@@ -61,15 +70,43 @@ MenuBarController::MenuBarController(MenuBarModel& model, const Theme& theme, Cl
     });
 }
 
-MenuBarController::~MenuBarController() = default;
+MenuBarController::~MenuBarController()
+{
+    delete m_panel;
+}
 
 void MenuBarController::togglePanel()
 {
-    if (m_menu.isVisible()) {
-        m_menu.close();
+    if (m_panel) {
+        m_panel->close();
     } else {
-        m_menu.popup(menuPosition());
+        openPanel(iconPlace());
     }
+}
+
+void MenuBarController::clicked()
+{
+    if (m_panel) {
+        m_panel->close();
+        return;
+    }
+    if (m_closedAt && m_clock.monotonicNow() - *m_closedAt < oneClick) {
+        return;
+    }
+    // Trays on the bus don't tell where they show the icon, but the pointer is on it.
+    const std::optional<QRect> place = iconPlace();
+    openPanel(place ? place : aroundPointer());
+}
+
+void MenuBarController::openPanel(std::optional<QRect> place)
+{
+    m_panel = new MenuBarPanel(m_model, m_theme, m_actions);
+    connect(m_panel, &Popover::closed, this, [this] {
+        m_closedAt = m_clock.monotonicNow();
+        m_panel.clear();
+    });
+    m_actions.appeared();
+    m_panel->present({place, frameAround(place), QGuiApplication::layoutDirection()});
 }
 
 void MenuBarController::showIcon()
@@ -79,24 +116,12 @@ void MenuBarController::showIcon()
     connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
                 if (reason == QSystemTrayIcon::Trigger) {
-                    togglePanel();
+                    clicked();
                 }
             });
-    drawIcon(m_pulse.opacity());
+    m_trayIcon->setIcon(m_icon.icon());
     followStatus();
     m_trayIcon->show();
-}
-
-void MenuBarController::drawIcon(double opacity)
-{
-    if (!m_trayIcon) {
-        return;
-    }
-    QIcon& icon = m_icons[qRound(opacity * 100)];
-    if (icon.isNull()) {
-        icon = trayIconPicture(opacity);
-    }
-    m_trayIcon->setIcon(icon);
 }
 
 void MenuBarController::fillMenu()
@@ -115,8 +140,10 @@ void MenuBarController::fillMenu()
         addNote(localizedText(QStringLiteral("No language pairs enabled")));
     }
     m_menu.addSeparator();
-    QAction* quit = m_menu.addAction(withoutMnemonics(localizedText(QStringLiteral("Quit"))));
-    connect(quit, &QAction::triggered, this, [this] { m_actions.quit(); });
+    addCommand(localizedText(QStringLiteral("Translation Window")), m_actions.manualTranslation);
+    addCommand(localizedText(QStringLiteral("Settings")), m_actions.settings);
+    m_menu.addSeparator();
+    addCommand(localizedText(QStringLiteral("Quit")), m_actions.quit);
 }
 
 void MenuBarController::followStatus()
@@ -130,16 +157,16 @@ void MenuBarController::followStatus()
     }
 }
 
-QPoint MenuBarController::menuPosition() const
+std::optional<QRect> MenuBarController::iconPlace() const
 {
     const QRect icon = m_trayIcon ? m_trayIcon->geometry() : QRect();
-    if (!icon.isValid()) {
-        return QCursor::pos();
-    }
-    const QScreen* screen = QGuiApplication::screenAt(icon.center());
-    const bool inLowerHalf = screen && icon.center().y() > screen->geometry().center().y();
-    return inLowerHalf ? icon.topLeft() - QPoint(0, m_menu.sizeHint().height())
-                       : icon.bottomLeft() + QPoint(0, 1);
+    return icon.isValid() ? std::optional(icon) : std::nullopt;
+}
+
+void MenuBarController::addCommand(const QString& text, const std::function<void()>& command)
+{
+    QAction* action = m_menu.addAction(withoutMnemonics(text));
+    connect(action, &QAction::triggered, this, command);
 }
 
 QAction* MenuBarController::addNote(const QString& text)

@@ -1,23 +1,22 @@
 #pragma once
 
-#include "ui/menubar/IconPulse.h"
-#include "ui/menubar/MenuBarModel.h"
-#include "ui/style/Theme.h"
+#include "ui/menubar/MenuBarActions.h"
+#include "ui/menubar/MenuBarPanel.h"
+#include "ui/menubar/MenuBarStatusIcon.h"
 
-#include <QHash>
-#include <QIcon>
 #include <QMenu>
 #include <QObject>
 #include <QPointer>
 #include <QSystemTrayIcon>
 
-#include <functional>
+#include <chrono>
 #include <memory>
+#include <optional>
 
 namespace zelvane {
 
-/// The program's item in the system tray: the icon, which pulses while a translation runs, and the
-/// menu behind it.
+/// The program's item in the system tray: the icon, the panel that a click opens, and a plain menu
+/// for the other mouse button and for trays that offer nothing but menus.
 ///
 /// Main thread only.
 class MenuBarController final : public QObject
@@ -25,48 +24,46 @@ class MenuBarController final : public QObject
     Q_OBJECT
 
 public:
-    /// What the menu causes elsewhere.
-    struct Actions
-    {
-        /// The menu is about to show.
-        std::function<void()> opened;
-        std::function<void()> quit;
-    };
-
     /// The icon appears as soon as `trayAvailable` is true: Qt decides for good which kind of tray
     /// to serve when it first makes an icon, so none may be made before there is a tray. All must
     /// outlive this object.
     MenuBarController(MenuBarModel& model, const Theme& theme, Clock& clock,
-                      QBindable<bool> trayAvailable, Actions actions);
+                      QBindable<bool> trayAvailable, MenuBarActions actions);
     ~MenuBarController() override;
     Q_DISABLE_COPY_MOVE(MenuBarController)
 
-    /// Opens the menu at the icon, or at the pointer where no icon can be seen, or closes it. This
-    /// is also the way to the program on a desktop without a tray.
+    /// Opens the panel at the icon, or closes it. Where no icon can be seen it opens in a corner of
+    /// the screen: this is also the way to the program on a desktop without a tray.
     void togglePanel();
 
+    /// The panel that is open; null if there is none.
+    [[nodiscard]] MenuBarPanel* panel() const { return m_panel; }
     [[nodiscard]] QMenu& menu() { return m_menu; }
     /// Null while there is no tray.
     [[nodiscard]] QSystemTrayIcon* trayIcon() const { return m_trayIcon.get(); }
 
 private:
     void showIcon();
-    void drawIcon(double opacity);
+    void clicked();
+    void openPanel(std::optional<QRect> place);
     void fillMenu();
     void followStatus();
-    [[nodiscard]] QPoint menuPosition() const;
+    [[nodiscard]] std::optional<QRect> iconPlace() const;
+    void addCommand(const QString& text, const std::function<void()>& command);
     /// An entry that only tells something.
     QAction* addNote(const QString& text);
 
     MenuBarModel& m_model;
     const Theme& m_theme;
-    Actions m_actions;
+    Clock& m_clock;
+    MenuBarActions m_actions;
+    MenuBarStatusIcon m_icon;
     QMenu m_menu;
     QPointer<QAction> m_statusEntry;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
-    IconPulse m_pulse;
-    /// By opacity in percent. The pulse comes by the same ones again and again.
-    QHash<int, QIcon> m_icons;
+    QPointer<MenuBarPanel> m_panel;
+    /// When the last panel closed.
+    std::optional<std::chrono::nanoseconds> m_closedAt;
 };
 
 } // namespace zelvane

@@ -134,26 +134,22 @@ private:
     Sheet m_sheet;
 };
 
-/// The menu of the tray icon, which needs no tray to open.
-class MenuExhibit final : public Exhibit
+/// The tray's item with some settings; it needs no tray to open.
+class TrayExhibit : public Exhibit
 {
 public:
-    explicit MenuExhibit(const Stage& stage)
+    TrayExhibit(const Stage& stage, const QList<LanguagePair>& pairs)
         : m_secrets(m_defaults, m_backend)
         , m_settings(m_defaults, m_secrets, QStringLiteral("German"))
         , m_model(m_settings, &m_state.status, &m_state.isBusy)
     {
-        QList<LanguagePair> pairs = m_settings.pairs();
-        pairs.first().hotKey = KeyChord{2, KeyChord::control | KeyChord::option};
         m_settings.setPairs(pairs);
         m_controller = std::make_unique<MenuBarController>(
-            m_model, stage.theme, m_clock, &m_state.trayAvailable,
-            MenuBarController::Actions{[] {}, [] {}});
-        m_controller->togglePanel();
-        m_controller->menu().setActiveAction(m_controller->menu().actions().constLast());
+            m_model, stage.theme, m_clock, &m_state.trayAvailable, MenuBarActions());
     }
 
-    [[nodiscard]] QWidget* window() override { return &m_controller->menu(); }
+    [[nodiscard]] StandIn& state() { return m_state; }
+    [[nodiscard]] MenuBarController& controller() { return *m_controller; }
 
 private:
     OverlayUserDefaults m_defaults;
@@ -194,6 +190,71 @@ public:
 private:
     OptionMenuPopup m_popup;
 };
+
+class MenuExhibit final : public TrayExhibit
+{
+public:
+    MenuExhibit(const Stage& stage, const QList<LanguagePair>& pairs)
+        : TrayExhibit(stage, pairs)
+    {
+        controller().menu().popup({200, 200});
+        controller().menu().setActiveAction(controller().menu().actions().constLast());
+    }
+
+    [[nodiscard]] QWidget* window() override { return &controller().menu(); }
+};
+
+class TrayPanelExhibit final : public TrayExhibit
+{
+public:
+    TrayPanelExhibit(const Stage& stage, const QList<LanguagePair>& pairs, const QString& status,
+                     bool busy)
+        : TrayExhibit(stage, pairs)
+    {
+        state().status = status;
+        state().isBusy = busy;
+        controller().togglePanel();
+    }
+
+    [[nodiscard]] QWidget* window() override { return controller().panel(); }
+};
+
+LanguagePair pair(const QString& source, const QString& target, std::optional<quint32> keyCode)
+{
+    LanguagePair pair;
+    pair.id = QUuid::createUuid();
+    pair.source = source;
+    pair.target = target;
+    if (keyCode) {
+        pair.hotKey = KeyChord{*keyCode, KeyChord::control | KeyChord::option};
+    }
+    return pair;
+}
+
+QList<LanguagePair> somePairs()
+{
+    return {pair(QStringLiteral("Any Language"), QStringLiteral("English (US)"), 14),
+            pair(QStringLiteral("English (US)"), QStringLiteral("German"), 2),
+            pair(QStringLiteral("English (US)"), QStringLiteral("Hindi"), std::nullopt)};
+}
+
+QList<LanguagePair> tenPairs()
+{
+    QList<LanguagePair> pairs;
+    for (quint32 i = 0; i < 10; ++i) {
+        pairs.append(
+            pair(QStringLiteral("Chinese (Simplified)"), QStringLiteral("Luxembourgish"), 18 + i));
+    }
+    return pairs;
+}
+
+Scene trayScene(const QString& name, const QList<LanguagePair>& pairs, const QString& status,
+                bool busy = false)
+{
+    return {QStringLiteral("tray-") + name, [=](const Stage& stage) {
+                return std::make_unique<TrayPanelExhibit>(stage, pairs, status, busy);
+            }};
+}
 
 Scene popupScene(const QString& name, const QString& original, const QString& translated,
                  TranslationWindowSize size = TranslationWindowSize::medium)
@@ -250,9 +311,16 @@ QList<Scene> allScenes()
         {QStringLiteral("icons"),
          [](const Stage& stage) { return std::make_unique<IconSheet>(stage); }},
         {QStringLiteral("menu"),
-         [](const Stage& stage) { return std::make_unique<MenuExhibit>(stage); }},
+         [](const Stage& stage) { return std::make_unique<MenuExhibit>(stage, somePairs()); }},
         {QStringLiteral("option-menu"),
          [](const Stage&) { return std::make_unique<OptionMenuExhibit>(); }},
+        trayScene(QStringLiteral("panel"), somePairs(), localizedText(QStringLiteral("Ready"))),
+        trayScene(QStringLiteral("busy"), somePairs(),
+                  localizedFormat(QStringLiteral("Translating %@…"), {QStringLiteral("ANY-DE")}),
+                  true),
+        trayScene(QStringLiteral("none"), {}, localizedText(QStringLiteral("Ready"))),
+        trayScene(QStringLiteral("ten"), tenPairs(),
+                  localizedText(QStringLiteral("⌥\u2011menu: waiting for Accessibility…"))),
         popupScene(QStringLiteral("short"), texts::shortEnglish(), texts::shortGerman()),
         copiedScene(),
         focusScene(QStringLiteral("copy"), 1),

@@ -145,7 +145,7 @@ int showTray(bool busy)
     MenuBarModel model(settings, &state.status, &state.isBusy);
     SystemClock clock;
     const MenuBarController controller(model, setting.theme, clock, tray.bindableAvailable(),
-                                       {[] {}, [] { QCoreApplication::quit(); }});
+                                       {.quit = [] { QCoreApplication::quit(); }});
     say(tray.available() ? QStringLiteral("there is a tray") : QStringLiteral("no tray"));
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, qApp, [&, where = QRect()]() mutable {
