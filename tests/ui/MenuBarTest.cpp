@@ -301,6 +301,9 @@ TEST_F(MenuBarTest, aClickOnTheShadowIsAClickElsewhere)
 
 TEST_F(MenuBarTest, aClickOnTheIconClosesThePanelAndDoesNotOpenItAgain)
 {
+    QWidget other;
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
     app.trayAvailable = true;
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
     const auto clickIcon = [&] {
@@ -312,13 +315,24 @@ TEST_F(MenuBarTest, aClickOnTheIconClosesThePanelAndDoesNotOpenItAgain)
     clickIcon();
     EXPECT_EQ(controller.panel(), nullptr);
     clock.advance(1s);
+    QApplication::processEvents();
     // or right after it has closed the panel by being a click elsewhere.
     clickIcon();
     ASSERT_NE(controller.panel(), nullptr);
-    controller.panel()->close();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(controller.panel()));
+    QTest::mousePress(controller.panel()->windowHandle(), Qt::LeftButton, {}, QPoint(-40, -40));
+    ASSERT_EQ(controller.panel(), nullptr);
     clickIcon();
     EXPECT_EQ(controller.panel(), nullptr);
+    QTest::mouseRelease(other.windowHandle(), Qt::LeftButton);
     clock.advance(301ms);
+    clickIcon();
+    EXPECT_NE(controller.panel(), nullptr);
+    // One that a key has closed opens again at once.
+    QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Escape);
+    clock.advance(301ms);
+    clickIcon();
+    QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Escape);
     clickIcon();
     EXPECT_NE(controller.panel(), nullptr);
 }

@@ -90,7 +90,7 @@ void MenuBarController::clicked()
         m_panel->close();
         return;
     }
-    if (m_closedAt && m_clock.monotonicNow() - *m_closedAt < oneClick) {
+    if (m_closedByPressAt && m_clock.monotonicNow() - *m_closedByPressAt < oneClick) {
         return;
     }
     // Trays on the bus don't tell where they show the icon, but the pointer is on it.
@@ -102,8 +102,10 @@ void MenuBarController::openPanel(std::optional<QRect> place)
 {
     m_panel = new MenuBarPanel(m_model, m_theme, m_actions);
     connect(m_panel, &Popover::closed, this, [this] {
-        m_closedAt = m_clock.monotonicNow();
         m_panel.clear();
+        if (QGuiApplication::mouseButtons() != Qt::NoButton) {
+            m_closedByPressAt = m_clock.monotonicNow();
+        }
     });
     m_actions.appeared();
     m_panel->present({place, frameAround(place), QGuiApplication::layoutDirection()});
@@ -115,7 +117,8 @@ void MenuBarController::showIcon()
     m_trayIcon->setContextMenu(&m_menu);
     connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
-                if (reason == QSystemTrayIcon::Trigger) {
+                // The second of two quick clicks is a click as well.
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick) {
                     clicked();
                 }
             });

@@ -62,8 +62,8 @@ private:
     QPointer<QAction> m_statusEntry;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     QPointer<MenuBarPanel> m_panel;
-    /// When the last panel closed.
-    std::optional<std::chrono::nanoseconds> m_closedAt;
+    /// When a press of a mouse button last closed the panel.
+    std::optional<std::chrono::nanoseconds> m_closedByPressAt;
 };
 
 } // namespace zelvane

@@ -132,6 +132,24 @@ int hold(const QString& name)
     return QCoreApplication::exec();
 }
 
+QString described(const QString& what, const QRect& place)
+{
+    return QStringLiteral("%1 at %2,%3 of %4x%5")
+        .arg(what)
+        .arg(place.x())
+        .arg(place.y())
+        .arg(place.width())
+        .arg(place.height());
+}
+
+void sayIfNew(QString& last, const QString& now)
+{
+    if (std::exchange(last, now) != now) {
+        say(now);
+    }
+}
+
+/// Tells where icon and panel are, and what the user chooses.
 int showTray(bool busy)
 {
     const Setting setting;
@@ -144,16 +162,27 @@ int showTray(bool busy)
     const TrayWatcher tray(QDBusConnection::sessionBus());
     MenuBarModel model(settings, &state.status, &state.isBusy);
     SystemClock clock;
-    const MenuBarController controller(model, setting.theme, clock, tray.bindableAvailable(),
-                                       {.quit = [] { QCoreApplication::quit(); }});
+    const MenuBarController controller(
+        model, setting.theme, clock, tray.bindableAvailable(),
+        {.manualTranslation = [] { say(QStringLiteral("translation window")); },
+         .settings = [] { say(QStringLiteral("settings")); },
+         .quit = [] { QCoreApplication::quit(); }});
     say(tray.available() ? QStringLiteral("there is a tray") : QStringLiteral("no tray"));
     QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, qApp, [&, where = QRect()]() mutable {
-        const QRect now = controller.trayIcon() ? controller.trayIcon()->geometry() : QRect();
-        if (std::exchange(where, now) != now && now.isValid()) {
-            say(QStringLiteral("icon at %1,%2").arg(now.center().x()).arg(now.center().y()));
-        }
-    });
+    const auto icon = [&] {
+        const QRect place = controller.trayIcon() ? controller.trayIcon()->geometry() : QRect();
+        return place.isValid() ? described(QStringLiteral("icon"), place) : QString();
+    };
+    const auto panel = [&] {
+        return controller.panel()
+                   ? described(QStringLiteral("panel"), controller.panel()->panelFrame())
+                   : QStringLiteral("no panel");
+    };
+    QObject::connect(&watch, &QTimer::timeout, qApp,
+                     [&, lastIcon = QString(), lastPanel = panel()]() mutable {
+                         sayIfNew(lastIcon, icon());
+                         sayIfNew(lastPanel, panel());
+                     });
     watch.start(50);
     return QCoreApplication::exec();
 }

@@ -227,26 +227,154 @@ TEST_F(X11WindowTest, headerDragsThePopup)
         << geometry(popup).x() << ' ' << geometry(popup).y();
 }
 
-TEST_F(X11WindowTest, trayIconAppearsInATrayThatComesLate)
+/// A tray at the bottom of the screen, and the program's item in it.
+class TrayTest : public X11WindowTest
 {
-    QProcess& gallery =
-        m_session.start(QStringLiteral(ZELVANE_GALLERY), {QStringLiteral("--tray")});
-    QByteArray said;
-    const auto says = [&](const char* words) {
-        return waitUntil(
+protected:
+    void startTray()
+    {
+        const QString panel = m_session.writeFile(
+            QStringLiteral("tint2rc"),
+            "panel_items = S\npanel_position = bottom right horizontal\npanel_size = 200 32\n"
+            "systray_icon_size = 22\n");
+        m_session.start(QStringLiteral("tint2"), {QStringLiteral("-c"), panel});
+    }
+
+    void startItem()
+    {
+        m_item = &m_session.start(QStringLiteral(ZELVANE_GALLERY), {QStringLiteral("--tray")});
+    }
+
+    /// What the item says next that begins with `beginning`; empty if it doesn't.
+    [[nodiscard]] QString hear(const QString& beginning)
+    {
+        QString heard;
+        waitUntil(
             [&] {
-                said += gallery.readAllStandardOutput();
-                return said.contains(words);
+                m_item->waitForReadyRead(20);
+                m_said += QString::fromUtf8(m_item->readAllStandardOutput()).split(u'\n');
+                while (heard.isEmpty() && !m_said.isEmpty()) {
+                    const QString line = m_said.takeFirst();
+                    heard = line.startsWith(beginning) ? line : QString();
+                }
+                return !heard.isEmpty();
             },
             5s);
-    };
-    ASSERT_TRUE(says("no tray"));
-    const QString panel = m_session.writeFile(
-        QStringLiteral("tint2rc"),
-        "panel_items = S\npanel_position = bottom right horizontal\npanel_size = 200 32\n"
-        "systray_icon_size = 22\n");
-    m_session.start(QStringLiteral("tint2"), {QStringLiteral("-c"), panel});
-    EXPECT_TRUE(says("icon at "));
+        return heard;
+    }
+
+    [[nodiscard]] QRect hearPlace(const QString& what)
+    {
+        static const QRegularExpression form(
+            QStringLiteral(" at (-?\\d+),(-?\\d+) of (\\d+)x(\\d+)"));
+        const auto match = form.match(hear(what + QStringLiteral(" at ")));
+        const auto number = [&](int index) { return match.captured(index).toInt(); };
+        return {number(1), number(2), number(3), number(4)};
+    }
+
+    void click(QPoint point)
+    {
+        m_session.xdotool({QStringLiteral("mousemove"), QString::number(point.x()),
+                           QString::number(point.y()), QStringLiteral("click"),
+                           QStringLiteral("1")});
+    }
+
+    void press(const QString& key) { m_session.xdotool({QStringLiteral("key"), key}); }
+
+    /// Icon and open panel.
+    void open()
+    {
+        startTray();
+        startItem();
+        m_icon = hearPlace(QStringLiteral("icon"));
+        // The tray moves an icon about while it makes room.
+        m_session.run(QStringLiteral("sleep"), {QStringLiteral("0.5")});
+        while (m_item->bytesAvailable() > 0 || m_item->waitForReadyRead(50)) {
+            const QRect later = hearPlace(QStringLiteral("icon"));
+            m_icon = later.isValid() ? later : m_icon;
+        }
+        click(m_icon.center());
+        m_panel = hearPlace(QStringLiteral("panel"));
+    }
+
+    QProcess* m_item = nullptr;
+    QStringList m_said;
+    QRect m_icon;
+    QRect m_panel;
+};
+
+TEST_F(TrayTest, iconAppearsInATrayThatComesLate)
+{
+    startItem();
+    ASSERT_FALSE(hear(QStringLiteral("no tray")).isEmpty());
+    startTray();
+    EXPECT_TRUE(hearPlace(QStringLiteral("icon")).isValid());
+}
+
+TEST_F(TrayTest, aClickOpensThePanelAboveTheIconAndAnotherOneClosesIt)
+{
+    open();
+    ASSERT_TRUE(m_panel.isValid());
+    EXPECT_EQ(m_panel.width(), 320);
+    EXPECT_LT(m_panel.bottom(), m_icon.top());
+    EXPECT_GT(m_panel.bottom(), m_icon.top() - 40);
+    EXPECT_TRUE(QRect(0, 0, 1280, 960).contains(m_panel));
+    click(m_icon.center());
+    EXPECT_FALSE(hear(QStringLiteral("no panel")).isEmpty());
+    // It stays closed: the click that closed it does not count twice.
+    EXPECT_FALSE(m_item->waitForReadyRead(600));
+    click(m_icon.center());
+    EXPECT_TRUE(hearPlace(QStringLiteral("panel")).isValid());
+}
+
+TEST_F(TrayTest, aClickElsewhereClosesThePanel)
+{
+    startForeignProgram();
+    open();
+    ASSERT_TRUE(m_panel.isValid());
+    click({100, 100});
+    EXPECT_FALSE(hear(QStringLiteral("no panel")).isEmpty());
+}
+
+TEST_F(TrayTest, thePanelHasTheKeyboardAndGivesItBack)
+{
+    startForeignProgram();
+    focusForeignProgram();
+    open();
+    ASSERT_TRUE(m_panel.isValid());
+    m_foreign->readAllStandardOutput();
+    press(QStringLiteral("Tab"));
+    press(QStringLiteral("Escape"));
+    EXPECT_FALSE(hear(QStringLiteral("no panel")).isEmpty());
+    m_foreign->waitForReadyRead(100);
+    EXPECT_FALSE(m_foreign->readAllStandardOutput().contains("KeyPress event"));
+    press(QStringLiteral("a"));
+    QByteArray typed;
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            m_foreign->waitForReadyRead(20);
+            typed += m_foreign->readAllStandardOutput();
+            return typed.contains("keysym 0x61, a");
+        },
+        5s));
+}
+
+TEST_F(TrayTest, keysOfThePanelRunItsCommands)
+{
+    open();
+    ASSERT_TRUE(m_panel.isValid());
+    press(QStringLiteral("Return"));
+    EXPECT_FALSE(hear(QStringLiteral("translation window")).isEmpty());
+    EXPECT_FALSE(hear(QStringLiteral("no panel")).isEmpty());
+    click(m_icon.center());
+    ASSERT_TRUE(hearPlace(QStringLiteral("panel")).isValid());
+    press(QStringLiteral("ctrl+comma"));
+    EXPECT_FALSE(hear(QStringLiteral("settings")).isEmpty());
+    EXPECT_FALSE(hear(QStringLiteral("no panel")).isEmpty());
+    click(m_icon.center());
+    ASSERT_TRUE(hearPlace(QStringLiteral("panel")).isValid());
+    press(QStringLiteral("ctrl+q"));
+    EXPECT_TRUE(waitUntil([&] { return m_item->state() == QProcess::NotRunning; }, 5s));
 }
 
 } // namespace
