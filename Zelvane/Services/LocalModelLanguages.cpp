@@ -68,7 +68,7 @@ constexpr std::array languageNames{
 QString localModelLanguageName(const QString& language)
 {
     const QString label = text::lowerCased(language);
-    const auto known = std::ranges::find_if(
+    const auto* known = std::ranges::find_if(
         languageNames, [&](const LanguageName& row) { return label == QStringView(row.label); });
     return known == languageNames.end() ? language : QString::fromUtf16(known->name);
 }

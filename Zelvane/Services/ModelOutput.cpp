@@ -17,7 +17,7 @@ namespace {
 QString joinedParts(const QJsonArray& content)
 {
     QString joined;
-    for (const QJsonValue& part : content) {
+    for (const QJsonValue part : content) {
         if (!part.isObject()) {
             return {};
         }

@@ -2,6 +2,7 @@
 
 #include <QCoroTask>
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -58,11 +59,11 @@ runConcurrently(std::size_t count, std::size_t limit,
     run->start = std::move(start);
     run->results.resize(count);
     const std::stop_callback onStop(stop, [run] {
-        const auto kept = run; // this callback may go when the tasks end
-        kept->stop.request_stop();
+        std::stop_source(run->stop).request_stop(); // a copy: `run` may go when the tasks end
     });
     std::vector<QCoro::Task<void>> lanes;
-    for (std::size_t i = 0; i < std::min(limit, count); ++i) {
+    lanes.reserve(std::min(limit, count));
+    while (lanes.size() < std::min(limit, count)) {
         lanes.push_back(detail::runLane(run));
     }
     for (QCoro::Task<void>& lane : lanes) {
