@@ -92,6 +92,12 @@ protected:
         settings.setPairs({german, disabled, silent});
     }
 
+    void SetUp() override
+    {
+        // A change of the active window closes popups; those of earlier tests may still come.
+        QApplication::processEvents();
+    }
+
     [[nodiscard]] QStringList entries(MenuBarController& controller) const
     {
         QStringList texts;

@@ -72,7 +72,9 @@ MenuBarController::MenuBarController(MenuBarModel& model, const Theme& theme, Cl
 
 MenuBarController::~MenuBarController()
 {
-    delete m_panel;
+    if (m_panel) {
+        m_panel->disconnect(this);
+    }
 }
 
 void MenuBarController::togglePanel()
@@ -101,6 +103,7 @@ void MenuBarController::clicked()
 void MenuBarController::openPanel(std::optional<QRect> place)
 {
     m_panel = new MenuBarPanel(m_model, m_theme, m_actions);
+    m_panels.add(m_panel);
     connect(m_panel, &Popover::closed, this, [this] {
         m_panel.clear();
         if (QGuiApplication::mouseButtons() != Qt::NoButton) {

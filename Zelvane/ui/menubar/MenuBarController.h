@@ -6,6 +6,7 @@
 
 #include <QMenu>
 #include <QObject>
+#include <QObjectCleanupHandler>
 #include <QPointer>
 #include <QSystemTrayIcon>
 
@@ -62,6 +63,8 @@ private:
     QPointer<QAction> m_statusEntry;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     QPointer<MenuBarPanel> m_panel;
+    /// Every panel that exists: a closed one stays until the event loop takes it away.
+    QObjectCleanupHandler m_panels;
     /// When a press of a mouse button last closed the panel.
     std::optional<std::chrono::nanoseconds> m_closedByPressAt;
 };

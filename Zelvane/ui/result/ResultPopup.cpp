@@ -52,10 +52,7 @@ ResultPopup::ResultPopup(const Theme& theme, WindowSystem& windows, WindowOrigin
     connect(&theme, &Theme::changed, this, &ResultPopup::fitContent);
 }
 
-ResultPopup::~ResultPopup()
-{
-    delete m_panel;
-}
+ResultPopup::~ResultPopup() = default;
 
 void ResultPopup::presentTranslationResult(const QString& original, const QString& translated,
                                            const QString& diagnostics)
@@ -116,6 +113,7 @@ bool ResultPopup::eventFilter(QObject* watched, QEvent* event)
 void ResultPopup::build(TranslationResult result)
 {
     m_panel = new TranslatorKeyablePanel(m_theme, m_windows, PanelRole::floating);
+    m_panels.add(m_panel);
     m_model = new TranslationResultModel(std::move(result), writeToClipboard);
     m_model->setParent(m_panel);
     m_view = new TranslationResultView(*m_model, m_theme);

@@ -6,6 +6,7 @@
 #include "ui/result/TranslationResultView.h"
 
 #include <QObject>
+#include <QObjectCleanupHandler>
 #include <QPointer>
 #include <QPropertyNotifier>
 
@@ -58,6 +59,8 @@ private:
     const AppSettings& m_settings;
     QPropertyNotifier m_sizeChange;
     QPointer<TranslatorKeyablePanel> m_panel;
+    /// Every panel that exists: a closed one stays until the event loop takes it away.
+    QObjectCleanupHandler m_panels;
     QPointer<TranslationResultModel> m_model;
     QPointer<TranslationResultView> m_view;
     std::optional<FocusLoan> m_loan;
