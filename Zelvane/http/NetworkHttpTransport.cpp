@@ -4,11 +4,14 @@
 #include "http/NetworkFailure.h"
 #include "pipeline/Loopback.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <vector>
 
 namespace zelvane {
 
@@ -133,7 +136,11 @@ private:
 
 NetworkHttpTransport::NetworkHttpTransport(Clock& clock)
     : m_clock(clock)
+    , m_mailbox(std::make_shared<Mailbox>())
+    , m_exchanges(std::make_unique<Lane>())
+    , m_downloads(std::make_unique<Lane>())
 {
+    m_mailbox->owner = this;
 }
 
 NetworkHttpTransport::~NetworkHttpTransport()
@@ -142,13 +149,32 @@ NetworkHttpTransport::~NetworkHttpTransport()
     for (const auto& call : calls) {
         call->outcome.fail(CancellationError());
     }
-    for (Lane* lane : {&m_exchanges, &m_downloads}) {
-        lane->thread.quit();
-        lane->thread.wait();
-    }
+    const bool ended = endThreads();
     for (const auto& call : calls) {
         call->ended.succeed();
     }
+    m_mailbox->owner = nullptr;
+    QCoreApplication::removePostedEvents(&m_mailbox->receiver);
+    if (!ended) {
+        // Destroying a thread that runs would end the process on the spot.
+        struct Abandoned
+        {
+            std::shared_ptr<Mailbox> mailbox;
+            std::unique_ptr<Lane> exchanges;
+            std::unique_ptr<Lane> downloads;
+        };
+        static auto* const abandoned = new std::vector<Abandoned>;
+        abandoned->push_back({m_mailbox, std::move(m_exchanges), std::move(m_downloads)});
+    }
+}
+
+bool NetworkHttpTransport::endThreads()
+{
+    m_exchanges->thread.quit();
+    m_downloads->thread.quit();
+    const QDeadlineTimer deadline(longestGoodbye);
+    const bool exchangesEnded = m_exchanges->thread.wait(deadline);
+    return m_downloads->thread.wait(deadline) && exchangesEnded;
 }
 
 QCoro::Task<HttpResponse> NetworkHttpTransport::send(HttpRequest request, std::stop_token stop)
@@ -161,10 +187,10 @@ QCoro::Task<HttpResponse> NetworkHttpTransport::send(HttpRequest request, std::s
     const auto call = makeCall(id, request);
     const auto forget = qScopeGuard([this, id] {
         m_calls.remove(id);
-        m_exchanges.lastUse = m_clock.now();
-        abortOnNetwork(m_exchanges, id);
+        m_exchanges->lastUse = m_clock.now();
+        abortOnNetwork(*m_exchanges, id);
     });
-    startOnNetwork(m_exchanges, id, request, std::nullopt, listenerOf(id));
+    startOnNetwork(*m_exchanges, id, request, std::nullopt, listenerOf(id));
     limitSilence(*call);
     const auto total = limitWhole(request, *call);
     const std::stop_callback onStop(
@@ -184,12 +210,12 @@ QCoro::Task<HttpResponse> NetworkHttpTransport::download(HttpRequest request, QS
     const auto call = makeCall(id, request);
     const auto forget = qScopeGuard([this, id] {
         m_calls.remove(id);
-        m_downloads.lastUse = m_clock.now();
+        m_downloads->lastUse = m_clock.now();
     });
     const auto state = std::make_shared<DownloadState>();
     NetworkExchange::Listener listener = listenerOf(id);
     listener.heard = [state] { ++state->signsOfLife; };
-    startOnNetwork(m_downloads, id, request, DownloadTarget{destination, state}, listener);
+    startOnNetwork(*m_downloads, id, request, DownloadTarget{destination, state}, listener);
     limitSilence(*call);
     const auto total = limitWhole(request, *call);
     ProgressReport report(state, std::move(progress));
@@ -211,7 +237,7 @@ QCoro::Task<HttpResponse> NetworkHttpTransport::download(HttpRequest request, QS
     } catch (...) {
         failure = std::current_exception();
     }
-    abortOnNetwork(m_downloads, id);
+    abortOnNetwork(*m_downloads, id);
     co_await call->ended.result();
     if (failure) {
         std::rethrow_exception(failure);
@@ -248,26 +274,31 @@ void NetworkHttpTransport::limitSilence(Call& call)
 NetworkExchange::Listener NetworkHttpTransport::listenerOf(quint64 id)
 {
     return {
-        .heard = [this, id] { report(id, [this](Call& call) { limitSilence(call); }); },
+        .heard = [this, mailbox = m_mailbox,
+                  id] { report(mailbox, id, [this](Call& call) { limitSilence(call); }); },
         .succeeded =
-            [this, id](HttpResponse response) {
-                report(id, [response](Call& call) { call.outcome.succeed(response); });
+            [mailbox = m_mailbox, id](HttpResponse response) {
+                report(mailbox, id, [response](Call& call) { call.outcome.succeed(response); });
             },
         .failed =
-            [this, id](NetworkFailure failure) {
-                report(id, [failure](Call& call) {
+            [mailbox = m_mailbox, id](NetworkFailure failure) {
+                report(mailbox, id, [failure](Call& call) {
                     call.outcome.fail(transportError(failure, call.host));
                 });
             },
     };
 }
 
-void NetworkHttpTransport::report(quint64 id, std::function<void(Call&)> effect)
+void NetworkHttpTransport::report(const std::shared_ptr<Mailbox>& mailbox, quint64 id,
+                                  std::function<void(Call&)> effect)
 {
     QMetaObject::invokeMethod(
-        &m_mailbox,
-        [this, id, effect = std::move(effect)] {
-            if (const auto call = m_calls.value(id)) {
+        &mailbox->receiver,
+        [mailbox, id, effect = std::move(effect)] {
+            if (!mailbox->owner) {
+                return;
+            }
+            if (const auto call = mailbox->owner->m_calls.value(id)) {
                 effect(*call);
             }
         },
@@ -279,8 +310,8 @@ void NetworkHttpTransport::startThread(Lane& lane)
     lane.network = new NetworkThread;
     lane.network->moveToThread(&lane.thread);
     QObject::connect(&lane.thread, &QThread::finished, lane.network, &QObject::deleteLater);
-    lane.thread.setObjectName(&lane == &m_downloads ? QStringLiteral("downloads")
-                                                    : QStringLiteral("http"));
+    lane.thread.setObjectName(&lane == m_downloads.get() ? QStringLiteral("downloads")
+                                                         : QStringLiteral("http"));
     lane.thread.start();
 }
 
@@ -305,9 +336,9 @@ void NetworkHttpTransport::abortOnNetwork(Lane& lane, quint64 id)
 {
     QMetaObject::invokeMethod(
         lane.network,
-        [this, network = lane.network, id] {
+        [mailbox = m_mailbox, network = lane.network, id] {
             network->abort(id);
-            report(id, [](Call& call) { call.ended.succeed(); });
+            report(mailbox, id, [](Call& call) { call.ended.succeed(); });
         },
         Qt::QueuedConnection);
 }

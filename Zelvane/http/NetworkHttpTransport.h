@@ -41,8 +41,11 @@ public:
 
     /// `clock` measures the time limits and must outlive this object.
     explicit NetworkHttpTransport(Clock& clock);
-    /// Ends the exchanges that still run with `CancellationError`.
+    /// Ends the exchanges that still run with `CancellationError`. Waits for its threads, but no
+    /// longer than `longestGoodbye` together: one that hangs in the system's name lookup or in the
+    /// choice of a proxy is left to the end of the process.
     ~NetworkHttpTransport() override;
+    static constexpr std::chrono::milliseconds longestGoodbye{500};
 
     [[nodiscard]] QCoro::Task<HttpResponse> send(HttpRequest request,
                                                  std::stop_token stop) override;
@@ -72,8 +75,20 @@ private:
     [[nodiscard]] std::shared_ptr<Call> makeCall(quint64 id, const HttpRequest& request);
     [[nodiscard]] std::unique_ptr<Timer> limitWhole(const HttpRequest& request, const Call& call);
     [[nodiscard]] NetworkExchange::Listener listenerOf(quint64 id);
-    /// Has `effect` run on this object's thread, unless the call has ended meanwhile.
-    void report(quint64 id, std::function<void(Call&)> effect);
+
+    /// Receives, on the thread of its owner, what the network threads report. Such a thread may
+    /// outlive the owner, which is null then.
+    struct Mailbox
+    {
+        QObject receiver;
+        NetworkHttpTransport* owner = nullptr; ///< touched on its own thread alone
+    };
+
+    /// From any thread: has `effect` run on the owner's, unless the call has ended meanwhile.
+    static void report(const std::shared_ptr<Mailbox>& mailbox, quint64 id,
+                       std::function<void(Call&)> effect);
+    /// False if a thread hangs.
+    [[nodiscard]] bool endThreads();
     void startThread(Lane& lane);
     void startOnNetwork(Lane& lane, quint64 id, const HttpRequest& request,
                         const std::optional<DownloadTarget>& target,
@@ -86,10 +101,9 @@ private:
     Clock& m_clock;
     QHash<quint64, std::shared_ptr<Call>> m_calls;
     quint64 m_nextId = 1;
-    /// Receives, on this object's thread, what the network threads report.
-    QObject m_mailbox;
-    Lane m_exchanges;
-    Lane m_downloads;
+    std::shared_ptr<Mailbox> m_mailbox;
+    std::unique_ptr<Lane> m_exchanges;
+    std::unique_ptr<Lane> m_downloads;
 };
 
 } // namespace zelvane

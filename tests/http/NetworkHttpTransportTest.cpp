@@ -9,7 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <QNetworkProxyFactory>
+#include <QSemaphore>
 #include <QSslConfiguration>
 
 namespace zelvane::test {
@@ -699,6 +701,55 @@ TEST_F(NetworkTransport, usesTheProxyForOtherHostsButNeverForThisMachine)
         EXPECT_TRUE(seen.header("Authorization").isNull());
     }
     EXPECT_EQ(proxied.text, QStringLiteral("The connection to provider.invalid failed."));
+}
+
+/// A choice of proxies that hangs, as one does that asks a server which has gone.
+class HangingProxies final : public QNetworkProxyFactory
+{
+public:
+    HangingProxies(QSemaphore& asked, QSemaphore& end)
+        : m_asked(asked)
+        , m_end(end)
+    {
+    }
+
+    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery&) override
+    {
+        m_asked.release();
+        m_end.acquire();
+        m_asked.release();
+        return {QNetworkProxy(QNetworkProxy::NoProxy)};
+    }
+
+private:
+    QSemaphore& m_asked;
+    QSemaphore& m_end;
+};
+
+TEST_F(NetworkTransport, goesInTimeEvenIfItsThreadHangs)
+{
+    QSemaphore asked;
+    QSemaphore end;
+    QNetworkProxyFactory::setApplicationProxyFactory(new HangingProxies(asked, end));
+    auto own = std::make_unique<NetworkHttpTransport>(clock);
+    HttpRequest request = post();
+    request.url = QUrl(QStringLiteral("https://provider.invalid/"));
+    const auto outcome = std::make_shared<Outcome>();
+    follow(own->send(request, {}), outcome);
+    asked.acquire();
+
+    QElapsedTimer timer;
+    timer.start();
+    own.reset();
+    EXPECT_TRUE(outcome->cancelled);
+    EXPECT_GE(timer.elapsed(), 450);
+    EXPECT_LT(timer.elapsed(), 2000);
+
+    // What the thread still reports reaches nobody.
+    end.release();
+    asked.acquire();
+    waitUntil([] { return false; }, 100ms);
+    QNetworkProxyFactory::setApplicationProxyFactory(nullptr);
 }
 
 // TLS
