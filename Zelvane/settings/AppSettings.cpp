@@ -20,6 +20,7 @@ const QString pairsKey = QStringLiteral("zv.pairs");
 const QString autoReplaceKey = QStringLiteral("zv.autoReplace");
 const QString doubleHotKeyWindowKey = QStringLiteral("zv.doubleHotKeyWindow");
 const QString optionRightClickMenuKey = QStringLiteral("zv.optionRightClickMenu");
+const QString startAtLoginKey = QStringLiteral("zv.startAtLogin");
 const QString useOwnAIKey = QStringLiteral("zv.useOwnAI");
 const QString manualTranslationHotKeyKey = QStringLiteral("zv.manualTranslationHotKey");
 const QString manualWindowSizeKey = QStringLiteral("zv.manualWindowSize");
@@ -88,6 +89,7 @@ void AppSettings::load(const QString& systemLanguage)
     m_autoReplace = m_defaults.boolean(autoReplaceKey).value_or(true);
     m_doubleHotKeyWindow = m_defaults.boolean(doubleHotKeyWindowKey).value_or(true);
     m_optionRightClickMenu = m_defaults.boolean(optionRightClickMenuKey).value_or(true);
+    m_startAtLogin = m_defaults.boolean(startAtLoginKey).value_or(false);
     m_useOwnAI = useOwnAI;
     if (useOwnAI) {
         m_defaults.setValue(useOwnAIKey, true);
@@ -381,6 +383,14 @@ void AppSettings::setDoubleHotKeyWindow(bool on)
 {
     m_defaults.setValue(doubleHotKeyWindowKey, on);
     m_doubleHotKeyWindow = on;
+}
+
+void AppSettings::setStartAtLogin(bool on)
+{
+    if (on != m_startAtLogin) {
+        m_defaults.setValue(startAtLoginKey, on);
+        m_startAtLogin = on;
+    }
 }
 
 void AppSettings::setOptionRightClickMenu(bool on)

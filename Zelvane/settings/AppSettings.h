@@ -87,6 +87,11 @@ public:
         return &m_optionRightClickMenu;
     }
 
+    /// Whether the program starts with the desktop session.
+    [[nodiscard]] bool startAtLogin() const { return m_startAtLogin; }
+    void setStartAtLogin(bool on);
+    [[nodiscard]] QBindable<bool> bindableStartAtLogin() const { return &m_startAtLogin; }
+
     /// Whether the user works with keys of their own.
     [[nodiscard]] bool useOwnAI() const { return m_useOwnAI; }
     void setUseOwnAI(bool on);
@@ -172,6 +177,7 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_autoReplace, true)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_doubleHotKeyWindow, true)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_optionRightClickMenu, true)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_startAtLogin, false)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_useOwnAI, false)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, std::optional<KeyChord>, m_manualTranslationHotKey)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, TranslationWindowSize, m_manualWindowSize,

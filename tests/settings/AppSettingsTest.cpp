@@ -98,6 +98,7 @@ TEST_F(Load, givesANewInstallationItsDefaults)
     EXPECT_TRUE(fresh.autoReplace());
     EXPECT_TRUE(fresh.doubleHotKeyWindow());
     EXPECT_TRUE(fresh.optionRightClickMenu());
+    EXPECT_FALSE(fresh.startAtLogin());
     EXPECT_FALSE(fresh.useOwnAI());
     EXPECT_EQ(fresh.manualTranslationHotKey(), std::nullopt);
     EXPECT_EQ(fresh.manualWindowSize(), TranslationWindowSize::medium);
@@ -319,10 +320,12 @@ TEST_F(Load, readsTheBooleansThatAreOnByDefault)
     store("zv.autoReplace", false);
     store("zv.doubleHotKeyWindow", false);
     store("zv.optionRightClickMenu", false);
+    store("zv.startAtLogin", true);
     load();
     EXPECT_FALSE(settings->autoReplace());
     EXPECT_FALSE(settings->doubleHotKeyWindow());
     EXPECT_FALSE(settings->optionRightClickMenu());
+    EXPECT_TRUE(settings->startAtLogin());
     store("zv.autoReplace", qint64(0));
     storeText("zv.doubleHotKeyWindow", "false");
     store("zv.optionRightClickMenu", 0.0);
@@ -482,6 +485,7 @@ TEST_F(Setters, writeThroughAtOnce)
     settings->setAutoReplace(false);
     settings->setDoubleHotKeyWindow(false);
     settings->setOptionRightClickMenu(false);
+    settings->setStartAtLogin(true);
     settings->setHasSeenOnboarding(true);
     settings->setManualWindowSize(TranslationWindowSize::small);
     settings->setResultWindowSize(TranslationWindowSize::large);
@@ -494,6 +498,7 @@ TEST_F(Setters, writeThroughAtOnce)
     EXPECT_EQ(storedFlag("zv.autoReplace"), false);
     EXPECT_EQ(storedFlag("zv.doubleHotKeyWindow"), false);
     EXPECT_EQ(storedFlag("zv.optionRightClickMenu"), false);
+    EXPECT_EQ(storedFlag("zv.startAtLogin"), true);
     EXPECT_EQ(storedFlag("zv.hasSeenOnboarding"), true);
     EXPECT_EQ(stored("zv.manualWindowSize"), QStringLiteral("small"));
     EXPECT_EQ(stored("zv.resultWindowSize"), QStringLiteral("large"));
