@@ -82,9 +82,15 @@ bool isCancellation(const std::exception_ptr& error)
     }
 }
 
-void checkSpace(const QString& folder, qint64 needed)
+/// Fails if the disk can't hold the model that is to be downloaded, counting what goes before.
+void checkSpaceForModel(const EngineFiles& files)
 {
-    const qint64 available = freeBytes(folder);
+    if (files.hasWholeModel()) {
+        return;
+    }
+    const qint64 needed = files.facts().expectedModelBytes;
+    const qint64 available = freeBytes(files.folder()) + QFileInfo(files.model()).size() +
+                             QFileInfo(files.partialModel()).size();
     if (available < needed) {
         const QLocale locale = interfaceLocale();
         throw EngineError(
@@ -219,7 +225,12 @@ QCoro::Task<void> SmartEngineInstaller::installFiles(RunPointer run)
     }
     throwIfStopped(stop);
     co_await lock(run);
-    co_await onDisk([folder = m_files.folder()] { makeFolder(folder); }, stop);
+    co_await onDisk(
+        [files = m_files] {
+            makeFolder(files.folder());
+            checkSpaceForModel(files);
+        },
+        stop);
     co_await prepareRuntime(stop);
     co_await prepareModel(stop);
     co_await onDisk([files = m_files] { throwIfFailed(files.writeReadyRecord()); }, stop);
@@ -299,7 +310,7 @@ QCoro::Task<void> SmartEngineInstaller::downloadModel(std::stop_token stop)
     co_await onDisk(
         [files = m_files] {
             removeAll(files.partialModel());
-            checkSpace(files.modelFolder(), files.facts().expectedModelBytes);
+            checkSpaceForModel(files);
         },
         stop);
 

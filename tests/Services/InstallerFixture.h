@@ -1,6 +1,6 @@
 #pragma once
 
-#include "EngineFixture.h"
+#include "Services/EngineFixture.h"
 #include "Services/RuntimeArchive.h"
 #include "Services/SmartEngineInstaller.h"
 #include "settings/UserDefaults.h"
