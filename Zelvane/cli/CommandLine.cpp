@@ -16,6 +16,7 @@ in the desktop session and waits for its keyboard shortcuts.
 Commands:
   translate   translate a text and print the translation
   models      print the models that the engine offers
+  engine      install and delete the engines that run on this machine
   glossary    install, delete and look into dictionaries
   defaults    read and change settings by key
   service     have the running program translate a text with one of your pairs
@@ -76,6 +77,29 @@ Environment:
   ZELVANE_API_KEY     the engine's key, for this call. A key is never an argument.
 
 Exit status: 0 listed, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+const char* const engineHelp =
+    R"(Usage: zelvane-desk [--profile DIR] engine COMMAND [OPTIONS]
+
+The engines that run on this machine, without the internet. NAME is smart, balanced
+or fast.
+
+Commands:
+  list           print name, engine, state and bytes of each engine
+  install NAME   unpack the runtime and download the model, several gigabytes; what
+                 is there already is kept
+  cancel NAME    end an installation in another process, and remove what it has done
+  delete NAME    remove an engine
+  status NAME    print what is known of an engine; status 1 unless it is installed
+
+Control+C cancels an installation, which leaves nothing.
+
+Options:
+  --json   print one JSON object instead of lines with tabs
+  --help   show this text
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted or cancelled.
 )";
 
 const char* const glossaryHelp =
@@ -169,10 +193,10 @@ struct CommandName
 
 constexpr CommandName commandNames[] = {
     {"translate", CommandLine::Command::translate}, {"models", CommandLine::Command::models},
-    {"glossary", CommandLine::Command::glossary},   {"defaults", CommandLine::Command::defaults},
-    {"service", CommandLine::Command::service},     {"trigger", CommandLine::Command::trigger},
-    {"show", CommandLine::Command::show},           {"status", CommandLine::Command::status},
-    {"help", CommandLine::Command::help},
+    {"engine", CommandLine::Command::engine},       {"glossary", CommandLine::Command::glossary},
+    {"defaults", CommandLine::Command::defaults},   {"service", CommandLine::Command::service},
+    {"trigger", CommandLine::Command::trigger},     {"show", CommandLine::Command::show},
+    {"status", CommandLine::Command::status},       {"help", CommandLine::Command::help},
 };
 
 std::optional<CommandLine::Command> commandOf(const QString& name)
@@ -241,6 +265,8 @@ QString helpText(CommandLine::Command command)
         return QString::fromUtf8(translateHelp);
     case CommandLine::Command::models:
         return QString::fromUtf8(modelsHelp);
+    case CommandLine::Command::engine:
+        return QString::fromUtf8(engineHelp);
     case CommandLine::Command::glossary:
         return QString::fromUtf8(glossaryHelp);
     case CommandLine::Command::defaults:

@@ -24,6 +24,7 @@ struct CommandLine
         desktop,
         translate,
         models,
+        engine,
         glossary,
         defaults,
         service,

@@ -1,3 +1,5 @@
+#include "Services/linux/LinuxChildProcesses.h"
+#include "Services/linux/PsProcessTable.h"
 #include "desktop/AbsentDesktop.h"
 #include "desktop/linux/ClipboardExchange.h"
 #include "desktop/linux/X11AccessibilityPlatform.h"
@@ -134,6 +136,16 @@ private:
 std::unique_ptr<SecretBackend> openSecretStore()
 {
     return std::make_unique<LibSecretBackend>();
+}
+
+std::unique_ptr<ChildProcessLauncher> openChildProcesses()
+{
+    return std::make_unique<LinuxChildProcesses>();
+}
+
+std::unique_ptr<ProcessTable> openProcessTable(ChildProcessLauncher& launcher, Clock& clock)
+{
+    return std::make_unique<PsProcessTable>(launcher, clock);
 }
 
 std::unique_ptr<Desktop> openDesktop(Clock& clock, DesktopRequests requests)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Services/ChildProcess.h"
+#include "Services/ProcessTable.h"
 #include "cli/RunningProgram.h"
 #include "desktop/AccessibilityPermission.h"
 #include "desktop/FocusInspector.h"
@@ -51,6 +53,13 @@ public:
 
 /// The user's store of secrets.
 [[nodiscard]] std::unique_ptr<SecretBackend> openSecretStore();
+
+/// What starts other programs. None is started before it is asked to.
+[[nodiscard]] std::unique_ptr<ChildProcessLauncher> openChildProcesses();
+
+/// The processes of this machine, which `launcher` asks for. Both must outlive it.
+[[nodiscard]] std::unique_ptr<ProcessTable> openProcessTable(ChildProcessLauncher& launcher,
+                                                             Clock& clock);
 
 /// Has Qt show its windows where the program can do most, unless the user has chosen. Yields why
 /// this session can't show windows, and what works all the same, in a sentence; none if it can.

@@ -1,8 +1,11 @@
 #include "main/ScriptingProgram.h"
 
+#include "Services/EngineFiles.h"
+#include "Services/RuntimeArchive.h"
 #include "cli/ControlCommands.h"
 #include "cli/DefaultsCommand.h"
 #include "cli/EngineChoice.h"
+#include "cli/EngineCommand.h"
 #include "cli/GlossaryCommand.h"
 #include "cli/ModelsCommand.h"
 #include "cli/ServiceCommand.h"
@@ -287,12 +290,43 @@ ExitStatus runControl(const CommandLine& line, const QString& name, const Comman
     });
 }
 
+ExitStatus runEngine(const CommandLine& line, UserStore& store, const CommandStreams& streams)
+{
+    const auto options = parseEngineOptions(line.arguments);
+    if (!options) {
+        return misused(streams, options.error(), QStringLiteral("engine"));
+    }
+    if (options->help) {
+        streams.print(helpText(CommandLine::Command::engine));
+        return ExitStatus::success;
+    }
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+    SystemClock clock;
+    NetworkHttpTransport transport(clock);
+    const auto children = openChildProcesses();
+    const auto processes = openProcessTable(*children, clock);
+    const auto style = ::isatty(STDERR_FILENO) == 1 ? EngineProgress::Style::oneLine
+                                                    : EngineProgress::Style::plainLines;
+    const EngineCommandParts parts{.root = engineRootDirectory(store.locations()),
+                                   .transport = transport,
+                                   .launcher = *children,
+                                   .processes = *processes,
+                                   .clock = clock,
+                                   .defaults = store.defaults(),
+                                   .archiveFolders = runtimeArchiveFolders()};
+    return runToItsEnd([&](std::stop_token stop) {
+        return runEngineCommand(*options, parts, streams, style, std::move(stop));
+    });
+}
+
 ExitStatus runCommand(const CommandLine& line, const QString& key, UserStore& store,
                       const CommandStreams& streams)
 {
     switch (line.command) {
     case CommandLine::Command::defaults:
         return runDefaults(line, store, streams);
+    case CommandLine::Command::engine:
+        return runEngine(line, store, streams);
     case CommandLine::Command::glossary:
         return runGlossary(line, store, streams);
     case CommandLine::Command::models:

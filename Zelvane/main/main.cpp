@@ -57,6 +57,7 @@ int main(int argc, char** argv)
         return runDesktopProgram(*line, key, argc, argv);
     case CommandLine::Command::translate:
     case CommandLine::Command::models:
+    case CommandLine::Command::engine:
     case CommandLine::Command::glossary:
     case CommandLine::Command::defaults:
     case CommandLine::Command::service:

@@ -67,6 +67,7 @@ TEST(CommandLine, helpAndVersionAreAskedForInTheUsualWays)
     EXPECT_EQ(parseCommandLine({QStringLiteral("--help")})->command, Command::help);
     EXPECT_EQ(parseCommandLine({QStringLiteral("help")})->command, Command::help);
     EXPECT_EQ(parseCommandLine({QStringLiteral("--version")})->command, Command::version);
+    EXPECT_EQ(parseCommandLine({QStringLiteral("engine")})->command, Command::engine);
     EXPECT_EQ(parseCommandLine({QStringLiteral("glossary")})->command, Command::glossary);
     EXPECT_EQ(parseCommandLine({QStringLiteral("models")})->command, Command::models);
     EXPECT_TRUE(
