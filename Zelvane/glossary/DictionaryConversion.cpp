@@ -5,16 +5,24 @@
 #include "glossary/GlossaryError.h"
 #include "settings/DurableFile.h"
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QFileInfo>
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <limits>
+#include <memory>
+#include <optional>
 
 namespace zelvane {
 
 namespace {
+
+/// As "%.1f" prints it, whatever the user's decimal point; yields the end of the digits.
+char* printScore(char* to, char* end, double score)
+{
+    return std::to_chars(to, end, score, std::chars_format::fixed, 1).ptr;
+}
 
 /// The lines of a dictionary on their way to the file.
 class LineWriter
@@ -24,22 +32,23 @@ public:
     LineWriter(QString path, qint64 limit)
         : m_path(std::move(path))
         , m_left(limit)
+        , m_buffer(std::make_unique_for_overwrite<char[]>(bufferSize))
     {
-        m_buffer.reserve(bufferSize);
     }
 
     void append(const DictionaryRow& row)
     {
-        m_buffer.append(row.term);
-        m_buffer.append('\t');
-        m_buffer.append(row.translations);
-        m_buffer.append('\t');
-        appendScore(row.score);
-        m_buffer.append('\n');
-        m_isEmpty = false;
-        if (m_buffer.size() >= bufferSize - reserve) {
+        if (bufferSize - m_used < row.term.size() + row.translations.size() + longestRest) {
             flush();
         }
+        char* end = std::ranges::copy(row.term, m_buffer.get() + m_used).out;
+        *end++ = '\t';
+        end = std::ranges::copy(row.translations, end).out;
+        *end++ = '\t';
+        end = printScore(end, m_buffer.get() + bufferSize, row.score);
+        *end++ = '\n';
+        m_used = end - m_buffer.get();
+        m_isEmpty = false;
     }
 
     [[nodiscard]] bool isEmpty() const { return m_isEmpty; }
@@ -53,23 +62,15 @@ public:
 
 private:
     static constexpr qsizetype bufferSize = 0x400000;
-    /// Room for an ordinary line, so that the buffer doesn't grow by the last one.
-    static constexpr qsizetype reserve = 0x10000;
+    /// Of a line: the largest number with a digit after its point, two tabs and the line break.
+    static constexpr qsizetype longestRest = std::numeric_limits<double>::max_exponent10 + 8;
+    static_assert(bufferSize >= 2 * DictionaryReader::longestValue + longestRest);
 
     static void check(const std::expected<void, FileFailure>& result)
     {
         if (!result) {
             throw FileError(result.error());
         }
-    }
-
-    /// As "%.1f" prints it, whatever the user's decimal point.
-    void appendScore(double score)
-    {
-        std::array<char, std::numeric_limits<double>::max_exponent10 + 8> digits{};
-        const auto end =
-            std::to_chars(digits.begin(), digits.end(), score, std::chars_format::fixed, 1);
-        m_buffer.append(digits.data(), end.ptr - digits.data());
     }
 
     void flush()
@@ -81,25 +82,31 @@ private:
             }
             m_file.emplace(std::move(*file));
         }
-        m_left -= m_buffer.size();
+        m_left -= m_used;
         if (m_left < 0) {
             throw GlossaryError::preparationFailed(QStringLiteral("more text than its size"));
         }
-        check(m_file->append(m_buffer));
-        m_buffer.resize(0); // keeps its memory
+        check(m_file->append({m_buffer.get(), m_used}));
+        m_used = 0;
     }
 
     QString m_path;
     qint64 m_left;
-    QByteArray m_buffer;
+    std::unique_ptr<char[]> m_buffer;
+    qsizetype m_used = 0;
     bool m_isEmpty = true;
     std::optional<DurableFileWriter> m_file;
 };
 
 bool fitsInLine(QByteArrayView text)
 {
-    return !text.isNull() && !text.contains('\t') && !text.contains('\n') && !text.contains('\0') &&
-           text.isValidUtf8();
+    bool isBroken = text.isNull();
+    bool isAscii = true;
+    for (const char c : text) {
+        isBroken |= c == '\t' || c == '\n' || c == '\0';
+        isAscii &= uchar(c) < 0x80;
+    }
+    return !isBroken && (isAscii || text.isValidUtf8());
 }
 
 /// What a dictionary of this size can say: texts in UTF-16 grow by half. A damaged or hostile one

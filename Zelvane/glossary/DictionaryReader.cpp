@@ -51,11 +51,12 @@ int authorize(void* /*context*/, int action, const char* first, const char* /*se
 /// Null for a NULL, else the bytes of the value as a text.
 QByteArrayView textOf(sqlite3_stmt* statement, int column)
 {
-    if (sqlite3_column_type(statement, column) == SQLITE_NULL) {
-        return {};
-    }
     const void* bytes = sqlite3_column_text(statement, column); // before the size, which it changes
-    return {bytes ? static_cast<const char*>(bytes) : "", sqlite3_column_bytes(statement, column)};
+    if (!bytes) {
+        const bool isNull = sqlite3_column_type(statement, column) == SQLITE_NULL;
+        return isNull ? QByteArrayView() : QByteArrayView("", qsizetype(0));
+    }
+    return {static_cast<const char*>(bytes), sqlite3_column_bytes(statement, column)};
 }
 
 } // namespace
@@ -105,7 +106,6 @@ void DictionaryReader::open(const QString& path)
 /// Far above what a dictionary needs, and low enough that no single step takes long.
 void DictionaryReader::limit()
 {
-    constexpr int longestValue = 1024 * 1024;
     sqlite3* const database = m_database.get();
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, longestValue);
     sqlite3_limit(database, SQLITE_LIMIT_SQL_LENGTH, 100'000);

@@ -34,6 +34,8 @@ class DictionaryReader
 public:
     /// Rows below this score are left out.
     static constexpr double minimumScore = 2.0;
+    /// A longer text, in bytes, makes reading fail.
+    static constexpr int longestValue = 1024 * 1024;
 
     /// Throws `GlossaryError` if the file can't be read as a dictionary, or `CancellationError`
     /// once `stop` is asked for.

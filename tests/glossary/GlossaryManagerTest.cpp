@@ -342,7 +342,7 @@ TEST_F(GlossaryManagerTest, AStopLeavesNothingBegun)
 TEST_F(GlossaryManagerTest, StopsAConversion)
 {
     const QString large = root.filePath(QStringLiteral("large"));
-    makeLargeDictionary(large, 300'000);
+    makeLargeDictionary(large, 50'000);
     transport.holdDownloads();
     std::stop_source stop;
     auto task = manager->install(germanEnglish, stop.get_token());
