@@ -15,8 +15,16 @@ namespace {
 
 Qt::WindowFlags flagsOf(PanelRole role)
 {
-    const Qt::WindowFlags kind = role == PanelRole::alert ? Qt::Dialog : Qt::Tool;
-    return kind | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint;
+    const Qt::WindowFlags plain = Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
+    switch (role) {
+    case PanelRole::floating:
+        return Qt::Tool | Qt::WindowStaysOnTopHint | plain;
+    case PanelRole::alert:
+        return Qt::Dialog | Qt::WindowStaysOnTopHint | plain;
+    case PanelRole::window:
+        return Qt::Window | plain;
+    }
+    Q_UNREACHABLE();
 }
 
 /// What screen readers take a panel for. They read an alert out at once.
@@ -62,6 +70,28 @@ void TranslatorKeyablePanel::setContent(QWidget* content)
 QRect TranslatorKeyablePanel::panelFrame() const
 {
     return geometry().marginsRemoved(m_layout->contentsMargins());
+}
+
+void TranslatorKeyablePanel::setPromotesDockIcon(bool promotes)
+{
+    m_promotesDockIcon = promotes;
+    describe();
+}
+
+bool TranslatorKeyablePanel::isFloating() const
+{
+    return windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+}
+
+void TranslatorKeyablePanel::setFloating(bool floating)
+{
+    // The widget's own setter would hide the window and make another one.
+    Qt::WindowFlags flags = windowFlags();
+    flags.setFlag(Qt::WindowStaysOnTopHint, floating);
+    overrideWindowFlags(flags);
+    if (QWindow* window = windowHandle()) {
+        window->setFlag(Qt::WindowStaysOnTopHint, floating);
+    }
 }
 
 void TranslatorKeyablePanel::setContentSize(QSize size)

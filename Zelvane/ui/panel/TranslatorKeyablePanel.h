@@ -15,6 +15,8 @@ enum class PanelRole {
     floating,
     /// A question: floats, and the desktop may treat it as a dialog.
     alert,
+    /// One of the windows that the user works in, until it is made to float.
+    window,
 };
 
 /// A window without a title bar: a rounded, floating surface with a soft shadow where the desktop
@@ -36,7 +38,11 @@ public:
 
     /// Whether the program shows in the desktop's list of running programs while this panel is up.
     [[nodiscard]] bool promotesDockIcon() const { return m_promotesDockIcon; }
-    void setPromotesDockIcon(bool promotes) { m_promotesDockIcon = promotes; }
+    void setPromotesDockIcon(bool promotes);
+
+    /// Whether the panel stays above the windows of all programs; may change while it is shown.
+    [[nodiscard]] bool isFloating() const;
+    void setFloating(bool floating);
 
     /// Fills the panel with `content` and takes it over.
     void setContent(QWidget* content);
