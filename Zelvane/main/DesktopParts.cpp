@@ -10,7 +10,7 @@ namespace zelvane {
 DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
     : m_core(core)
     , m_start(start)
-    , m_interface(core.defaults(), core.settings())
+    , m_interface(core.defaults(), core.settings(), core.dispatch(), core.trace())
     , m_settingsWindow(m_interface.windows(), m_interface.activationPolicy(), core.clock(),
                        [this] { return m_settingsScene.openFirst(); })
     , m_permission(desktop.accessibility(), m_settingsWindow, core.defaults(), core.clock())
@@ -22,7 +22,8 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
     , m_model({core.settings(), m_selection, m_hotKeys, m_optionMenu, m_permission,
                m_interface.alerts(), m_interface, core.clock()})
     , m_shell(m_interface.windows(), m_interface.activationPolicy(), m_settingsWindow, m_permission,
-              launchSteps(), {[] { return std::nullopt; }, [] { return std::nullopt; }})
+              launchSteps(),
+              {[] { return std::nullopt; }, [this] { return m_interface.manualWindow(); }})
     , m_settingsScene(m_interface, {m_settingsWindow, m_model.bindableAccessibilityState(), desktop,
                                     core.clock(), [this] { m_permission.relaunch(); },
                                     [this] { m_shell.settingsDisappeared(); }})

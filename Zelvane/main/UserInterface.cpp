@@ -1,5 +1,6 @@
 #include "main/UserInterface.h"
 
+#include "pipeline/Prompts.h"
 #include "ui/alert/AlertWindowPresenter.h"
 #include "ui/components/Observe.h"
 #include "ui/linux/BusNotifications.h"
@@ -7,6 +8,7 @@
 #include "ui/linux/TrayWatcher.h"
 #include "ui/linux/X11WindowSystem.h"
 #include "ui/linux/XcbSession.h"
+#include "ui/manual/ManualTranslationWindow.h"
 #include "ui/menubar/MenuBarController.h"
 #include "ui/menubar/MenuBarModel.h"
 #include "ui/optionmenu/OptionMenuPopup.h"
@@ -19,17 +21,35 @@
 #include "ui/style/StyleTweaker.h"
 #include "ui/style/Theme.h"
 
+#include <QClipboard>
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QEvent>
-
+#include <QGuiApplication>
 #include <utility>
 
 namespace zelvane {
 
+namespace {
+
+/// Translates what the user typed, always with the prompt of the settings. The references must
+/// outlive the task.
+QCoro::Task<QString> translateTyped(const AppSettings& settings, TranslationDispatch& dispatch,
+                                    QString text, QString source, QString target,
+                                    std::stop_token stop)
+{
+    const QString prompt = renderPrompt(settings.promptTemplate(), source, target);
+    TranslationRequest request = dispatch.makeTranslationRequest(text, source, target, prompt);
+    const QString translated = co_await dispatch.runRequest(std::move(request), stop);
+    co_return translated;
+}
+
+} // namespace
+
 struct UserInterface::Parts
 {
-    Parts(UserDefaults& defaults, const AppSettings& settings)
+    Parts(UserDefaults& defaults, const AppSettings& settings, TranslationDispatch& dispatch,
+          TranslationTrace& trace)
         : linuxAppearance(appearance, QDBusConnection::sessionBus())
         , tray(QDBusConnection::sessionBus())
         , notifications(QDBusConnection::sessionBus())
@@ -41,6 +61,13 @@ struct UserInterface::Parts
         , alerts(theme, *windows, origins)
         , optionMenu(fromServerPixels)
         , popup(theme, *windows, origins, settings)
+        , manual(theme, *windows, origins, settings, trace,
+                 {[&settings, &dispatch](QString text, QString source, QString target,
+                                         std::stop_token stop) {
+                      return translateTyped(settings, dispatch, std::move(text), std::move(source),
+                                            std::move(target), std::move(stop));
+                  },
+                  [](const QString& text) { QGuiApplication::clipboard()->setText(text); }})
     {
         dressApplication(theme);
         observe(&appearance, settings.bindableAppLanguage(), [](AppLanguage) {
@@ -62,10 +89,12 @@ struct UserInterface::Parts
     AlertWindowPresenter alerts;
     OptionMenuPopup optionMenu;
     ResultPopup popup;
+    ManualTranslationWindow manual;
 };
 
-UserInterface::UserInterface(UserDefaults& defaults, const AppSettings& settings)
-    : m_parts(std::make_unique<Parts>(defaults, settings))
+UserInterface::UserInterface(UserDefaults& defaults, const AppSettings& settings,
+                             TranslationDispatch& dispatch, TranslationTrace& trace)
+    : m_parts(std::make_unique<Parts>(defaults, settings, dispatch, trace))
 {
 }
 
@@ -112,10 +141,18 @@ void UserInterface::presentTranslationResult(const QString& original, const QStr
     m_parts->popup.presentTranslationResult(original, translated, diagnostics);
 }
 
-// The windows behind these are not part of this build.
 void UserInterface::showManualTranslationWindow()
 {
+    m_parts->manual.showManualTranslationWindow();
 }
+
+std::optional<ApplicationWindow::Id> UserInterface::manualWindow() const
+{
+    TranslatorKeyablePanel* panel = m_parts->manual.panel();
+    return panel ? std::optional(m_parts->widgets.idOf(*panel)) : std::nullopt;
+}
+
+// The window behind this is not part of this build.
 void UserInterface::showOnboarding()
 {
 }

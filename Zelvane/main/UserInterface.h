@@ -8,6 +8,8 @@
 #include "desktop/Notifications.h"
 #include "desktop/OptionMenuPresenter.h"
 #include "foundation/Clock.h"
+#include "pipeline/TranslationDispatch.h"
+#include "pipeline/TranslationTrace.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "ui/menubar/MenuBarActions.h"
@@ -17,6 +19,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace zelvane {
 
@@ -27,13 +30,16 @@ class UserInterface final : public AppModelWindows
 {
 public:
     /// A QApplication must exist. All must outlive this object.
-    UserInterface(UserDefaults& defaults, const AppSettings& settings);
+    UserInterface(UserDefaults& defaults, const AppSettings& settings,
+                  TranslationDispatch& dispatch, TranslationTrace& trace);
     ~UserInterface() override;
 
     [[nodiscard]] AlertPresenter& alerts();
     [[nodiscard]] ApplicationWindows& windows();
     [[nodiscard]] ActivationPolicy& activationPolicy();
     [[nodiscard]] OptionMenuPresenter& optionMenu();
+    /// The translation window while it is open.
+    [[nodiscard]] std::optional<ApplicationWindow::Id> manualWindow() const;
     [[nodiscard]] const Theme& theme() const;
     [[nodiscard]] Notifications& notifications();
     /// Whether the desktop has a place for tray icons.

@@ -349,6 +349,7 @@ QList<Scene> allScenes()
                     texts::longEnglish() + QStringLiteral("\n\n") + texts::longGerman(),
                     {localizedText(QStringLiteral("OK"))}}),
     };
+    scenes += manualScenes();
     scenes += permissionScenes();
     return scenes;
 }

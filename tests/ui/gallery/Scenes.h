@@ -43,4 +43,7 @@ struct Scene
 /// The page that says what a session lets the program do.
 [[nodiscard]] QList<Scene> permissionScenes();
 
+/// The window into which the user types.
+[[nodiscard]] QList<Scene> manualScenes();
+
 } // namespace zelvane::gallery
