@@ -1,12 +1,17 @@
 #include "ui/components/TextWell.h"
 
 #include "ui/UiFixture.h"
+#include "ui/components/LongParagraphs.h"
 #include "ui/components/SlimScrollBar.h"
 #include "ui/components/TextMeasure.h"
 #include "ui/gallery/Texts.h"
 
+#include <QClipboard>
 #include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QScrollBar>
+#include <QTest>
 
 namespace zelvane::test {
 namespace {
@@ -110,6 +115,142 @@ TEST(WrappedTextHeight, countsAnEmptyTextAsALine)
 {
     EXPECT_NEAR(wrappedTextHeight(QString(), QFont(), 400, 140), QFontMetricsF(QFont()).height(),
                 2);
+}
+
+/// One paragraph of a megabyte.
+QString hugeParagraph(const QString& words)
+{
+    return words.repeated(1'000'000 / words.size());
+}
+
+TEST(LongParagraphs, comeBackAsTheyWere)
+{
+    const QString hindi = texts::hindi().remove(u'\n');
+    for (const QString& words :
+         {QStringLiteral("The tide came in. "), QStringLiteral("x"), QStringLiteral("翻译的"),
+          QStringLiteral("👩‍👩‍👧‍👦"), hindi}) {
+        const QString text = hugeParagraph(words) + QStringLiteral("\n\nend\n");
+        const QString broken = withLongParagraphsBroken(text);
+        qsizetype longest = 0;
+        for (const QString& paragraph : broken.split(u'\n')) {
+            longest = std::max(longest, paragraph.size());
+        }
+        EXPECT_LE(longest, longestParagraph + 2);
+        EXPECT_EQ(withParagraphsJoined(broken), text);
+    }
+}
+
+TEST(LongParagraphs, breakBetweenWordsOrAtLeastBetweenCharacters)
+{
+    const QStringList lines =
+        withLongParagraphsBroken(hugeParagraph(QStringLiteral("tide "))).split(u'\n');
+    EXPECT_GT(lines.size(), 200);
+    for (const QString& line : lines) {
+        EXPECT_TRUE(line.startsWith(QStringLiteral("tide")));
+    }
+    const QString family = QStringLiteral("👩‍👩‍👧‍👦");
+    for (const QString& line : withLongParagraphsBroken(hugeParagraph(family)).split(u'\n')) {
+        EXPECT_TRUE(line.startsWith(family));
+    }
+}
+
+TEST(LongParagraphs, leaveShortTextsAlone)
+{
+    const QString text = QStringLiteral("a\r\nb\u2060\u200Bc\n");
+    EXPECT_EQ(withLongParagraphsBroken(text), text);
+}
+
+class EditableWellTest : public UiTest
+{
+protected:
+    EditableWellTest()
+    {
+        well.setEditableText({});
+        well.resize(480, 200);
+        well.show();
+        well.editor().setFocus();
+    }
+
+    void paste(const QString& text)
+    {
+        QGuiApplication::clipboard()->setText(text);
+        well.editor().paste();
+    }
+
+    [[nodiscard]] QString copied()
+    {
+        QGuiApplication::clipboard()->clear();
+        well.editor().selectAll();
+        well.editor().copy();
+        return QGuiApplication::clipboard()->text();
+    }
+
+    TextWell well{theme, WellHeight::fill};
+};
+
+TEST_F(EditableWellTest, givesBackWhatWasTypedAndPasted)
+{
+    QTest::keyClicks(&well.editor(), QStringLiteral("ab"));
+    QTest::keyClick(&well.editor(), Qt::Key_Return);
+    paste(QStringLiteral("c\td"));
+    EXPECT_EQ(well.text(), QStringLiteral("ab\nc\td"));
+    EXPECT_EQ(copied(), QStringLiteral("ab\nc\td"));
+}
+
+TEST_F(EditableWellTest, giveBackAMegabyteInOneParagraphCharacterForCharacter)
+{
+    const QString text = hugeParagraph(QStringLiteral("The tide came in over the flats. "));
+    paste(text);
+    EXPECT_EQ(well.text(), text);
+    EXPECT_EQ(copied(), text);
+    well.editor().undo();
+    EXPECT_EQ(well.text(), QString());
+    well.editor().redo();
+    EXPECT_EQ(well.text(), text);
+}
+
+TEST_F(EditableWellTest, staysFluidWithAMegabyteInOneParagraph)
+{
+    paste(hugeParagraph(QStringLiteral("翻译的")));
+    QApplication::processEvents();
+    QElapsedTimer timer;
+    timer.start();
+    constexpr int presses = 20;
+    for (int i = 0; i < presses; ++i) {
+        QTest::keyClick(&well.editor(), Qt::Key_A);
+        (void)well.isBlank();
+        well.editor().viewport()->repaint();
+    }
+    // Whole paragraphs would take seconds for each.
+    EXPECT_LT(timer.elapsed() / presses, 150);
+}
+
+TEST_F(EditableWellTest, isBlankUntilThereIsSomethingToRead)
+{
+    EXPECT_TRUE(well.isBlank());
+    QTest::keyClick(&well.editor(), Qt::Key_Space);
+    paste(QStringLiteral("\n\u3000\n"));
+    EXPECT_TRUE(well.isBlank());
+    paste(QStringLiteral("."));
+    EXPECT_FALSE(well.isBlank());
+}
+
+TEST_F(EditableWellTest, takesNoFormatsFromOtherPrograms)
+{
+    auto* data = new QMimeData;
+    data->setHtml(QStringLiteral("<b>bold</b>"));
+    data->setText(QStringLiteral("bold"));
+    QGuiApplication::clipboard()->setMimeData(data);
+    well.editor().paste();
+    EXPECT_EQ(well.text(), QStringLiteral("bold"));
+    (void)copied();
+    EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasHtml());
+}
+
+TEST_F(EditableWellTest, fillsTheRoomThatThereIs)
+{
+    EXPECT_FALSE(well.hasHeightForWidth());
+    EXPECT_LT(well.sizeHint().height(), 100);
 }
 
 } // namespace

@@ -1,14 +1,18 @@
 #include "ui/components/TextWell.h"
 
+#include "foundation/Text.h"
+#include "ui/components/LongParagraphs.h"
 #include "ui/components/SlimScrollBar.h"
 #include "ui/components/Styling.h"
 #include "ui/components/TextMeasure.h"
 #include "ui/style/ViewStyles.h"
 
 #include <QFocusEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTextDocumentFragment>
 
 #include <cmath>
 
@@ -34,6 +38,21 @@ public:
     using QPlainTextEdit::QPlainTextEdit;
 
 protected:
+    void insertFromMimeData(const QMimeData* source) override
+    {
+        if (source->hasText()) {
+            textCursor().insertText(withLongParagraphsBroken(source->text()));
+            ensureCursorVisible();
+        }
+    }
+
+    [[nodiscard]] QMimeData* createMimeDataFromSelection() const override
+    {
+        auto* data = new QMimeData;
+        data->setText(withParagraphsJoined(textCursor().selection().toPlainText()));
+        return data;
+    }
+
     void focusInEvent(QFocusEvent* event) override
     {
         const bool byKeyboard =
@@ -68,9 +87,10 @@ private:
 
 } // namespace
 
-TextWell::TextWell(const Theme& theme, QWidget* parent)
+TextWell::TextWell(const Theme& theme, WellHeight height, QWidget* parent)
     : QWidget(parent)
     , m_theme(theme)
+    , m_height(height)
     , m_editor(new WellEditor(this))
     , m_scrollBar(new SlimScrollBar(theme, this))
 {
@@ -83,9 +103,10 @@ TextWell::TextWell(const Theme& theme, QWidget* parent)
     m_editor->viewport()->setAutoFillBackground(false);
 
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    policy.setHeightForWidth(true);
+    policy.setHeightForWidth(height == WellHeight::text);
     setSizePolicy(policy);
     setFocusProxy(m_editor);
+    connect(m_editor, &QPlainTextEdit::textChanged, this, &TextWell::textChanged);
     connectScrollBar();
     keepStyled(*this, theme, [this] { restyle(); });
 }
@@ -103,9 +124,36 @@ void TextWell::connectScrollBar()
 void TextWell::setReadOnlyText(const QString& text)
 {
     m_editor->setReadOnly(true);
-    m_editor->setPlainText(text);
+    m_editor->setPlainText(withLongParagraphsBroken(text));
     m_text = text;
     updateGeometry();
+}
+
+void TextWell::setEditableText(const QString& text)
+{
+    m_editor->setReadOnly(false);
+    m_editor->setPlainText(withLongParagraphsBroken(text));
+    updateGeometry();
+}
+
+QString TextWell::text() const
+{
+    return withParagraphsJoined(m_editor->toPlainText());
+}
+
+bool TextWell::isBlank() const
+{
+    for (QTextBlock block = m_editor->document()->begin(); block.isValid(); block = block.next()) {
+        if (!text::isBlank(withParagraphsJoined(block.text()))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void TextWell::setPlaceholder(const QString& placeholder)
+{
+    m_editor->setPlaceholderText(placeholder);
 }
 
 void TextWell::setMaximumSectionHeight(int height)
@@ -131,7 +179,8 @@ int TextWell::heightForWidth(int width) const
 
 QSize TextWell::sizeHint() const
 {
-    return {10 * fontMetrics().averageCharWidth(), heightForWidth(width())};
+    const int height = hasHeightForWidth() ? heightForWidth(width()) : minimumSizeHint().height();
+    return {10 * fontMetrics().averageCharWidth(), height};
 }
 
 QSize TextWell::minimumSizeHint() const

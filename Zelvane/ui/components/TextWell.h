@@ -9,17 +9,39 @@ namespace zelvane {
 
 class SlimScrollBar;
 
-/// A text area on an inset, rounded background, as high as its text up to a limit.
+/// How high a text area is.
+enum class WellHeight {
+    /// As high as its text, up to a limit.
+    text,
+    /// As high as there is room.
+    fill,
+};
+
+/// A text area on an inset, rounded background. Texts of any size stay fluid.
 class TextWell final : public QWidget
 {
     Q_OBJECT
 
 public:
     /// `theme` must outlive the well.
-    explicit TextWell(const Theme& theme, QWidget* parent = nullptr);
+    explicit TextWell(const Theme& theme, WellHeight height, QWidget* parent = nullptr);
+    explicit TextWell(const Theme& theme, QWidget* parent = nullptr)
+        : TextWell(theme, WellHeight::text, parent)
+    {
+    }
 
     /// Shows a text that can be selected and copied, but not changed.
     void setReadOnlyText(const QString& text);
+    /// Shows a text that the user may change.
+    void setEditableText(const QString& text);
+
+    /// The text as it is now. It is put together anew at each call.
+    [[nodiscard]] QString text() const;
+    /// Whether the text is nothing but white space. Quick, however long the text is.
+    [[nodiscard]] bool isBlank() const;
+
+    /// Shown while there is no text.
+    void setPlaceholder(const QString& placeholder);
 
     /// Beyond this height of the whole well the text scrolls.
     void setMaximumSectionHeight(int height);
@@ -30,10 +52,14 @@ public:
     [[nodiscard]] QPlainTextEdit& editor() const { return *m_editor; }
     [[nodiscard]] SlimScrollBar& scrollBar() const { return *m_scrollBar; }
 
-    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+    [[nodiscard]] bool hasHeightForWidth() const override { return m_height == WellHeight::text; }
     [[nodiscard]] int heightForWidth(int width) const override;
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
+
+Q_SIGNALS:
+    /// The user has changed the text, or the program has.
+    void textChanged();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -44,6 +70,7 @@ private:
     void restyle();
 
     const Theme& m_theme;
+    WellHeight m_height;
     // Both are owned by Qt's tree.
     QPlainTextEdit* m_editor;
     SlimScrollBar* m_scrollBar;

@@ -17,17 +17,14 @@ const QStringList& autoWords()
     return words;
 }
 
-bool contains(const QString& text, const QString& query)
+QString folded(const QString& text)
 {
-    // Case folding as the interface language has it: the Turkish dotless i is another letter.
-    const QLocale locale = interfaceLocale();
-    return locale.toLower(text).contains(locale.toLower(query)) ||
-           text.contains(query, Qt::CaseInsensitive);
+    return text::caseFolded(text, interfaceLocale());
 }
 
-bool isSame(const QString& text, const QString& query)
+bool contains(const QString& text, const QString& query)
 {
-    return text.size() == query.size() && contains(text, query);
+    return text::containsCharacters(folded(text), folded(query));
 }
 
 bool matches(const QString& option, const QString& query)
@@ -50,7 +47,7 @@ QString LanguagePickerChoice::displayText(const QString& language) const
 QString LanguagePickerChoice::optionNamed(const QString& name) const
 {
     const auto option = std::ranges::find_if(options, [&](const QString& text) {
-        return isSame(text, name) || isSame(displayText(text), name);
+        return folded(text) == folded(name) || folded(displayText(text)) == folded(name);
     });
     return option == options.end() ? QString() : *option;
 }
