@@ -20,7 +20,7 @@ class TrayAbsence
 {
 public:
     /// How long a tray may take to come: panels often start after the programs of the session.
-    static constexpr std::chrono::seconds patience{10};
+    static constexpr std::chrono::seconds patience{5};
     static constexpr std::chrono::seconds patienceAtLogin{60};
 
     struct Ways

@@ -7,7 +7,8 @@
 
 namespace zelvane {
 
-DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
+DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start,
+                           const QStringList& loginCommand)
     : m_core(core)
     , m_start(start)
     , m_interface(core.defaults(), core.settings(), core.dispatch(), core.trace())
@@ -29,6 +30,8 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start)
                                     [this] { m_shell.settingsDisappeared(); }})
     , m_services({core.settings(), core.dispatch(), core.trace(), m_interface})
     , m_control({core.settings(), m_model, m_interface}, controlActions())
+    , m_loginItem(openLoginItem(loginCommand, core.worker()))
+    , m_startAtLogin(core.settings(), *m_loginItem)
 {
     if (start == Start::byUser) {
         m_interface.setPromptOnLaunch([this] { m_permission.promptOnLaunchIfNeeded(); });

@@ -9,6 +9,7 @@
 #include "desktop/SelectionTranslation.h"
 #include "desktop/ServicesProvider.h"
 #include "desktop/SettingsWindow.h"
+#include "desktop/StartAtLogin.h"
 #include "desktop/TrayAbsence.h"
 #include "main/Platform.h"
 #include "main/ProgramCore.h"
@@ -29,8 +30,9 @@ public:
         quiet,
     };
 
-    /// A QApplication must exist. Both must outlive this object.
-    DesktopParts(ProgramCore& core, Desktop& desktop, Start start);
+    /// A QApplication must exist. Both must outlive this object. `loginCommand` starts this program
+    /// with the session.
+    DesktopParts(ProgramCore& core, Desktop& desktop, Start start, const QStringList& loginCommand);
     ~DesktopParts();
 
     /// Begins the program's work, in its order.
@@ -68,6 +70,8 @@ private:
     std::unique_ptr<TrayAbsence> m_trayAbsence;
     ServicesProvider m_services;
     ProgramControl m_control;
+    std::unique_ptr<LoginItem> m_loginItem;
+    StartAtLogin m_startAtLogin;
 };
 
 } // namespace zelvane

@@ -36,6 +36,16 @@ void nameApplication()
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
+/// What starts the program as it runs now, with the session.
+QStringList loginCommand(const CommandLine& line)
+{
+    QStringList command{programFile(), QStringLiteral("--quiet")};
+    if (!line.profile.isEmpty()) {
+        command << QStringLiteral("--profile") << line.profile;
+    }
+    return command;
+}
+
 QCoro::Task<void> limitTheEnd()
 {
     beginEndDeadline();
@@ -80,9 +90,11 @@ End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** ar
     if (!*instance) {
         return {.status = int(ExitStatus::success)};
     }
-    StopSequence stop(clock, [] { QApplication::quit(); });
+    // Not by way of "quit", which every window could refuse.
+    StopSequence stop(clock, [] { QApplication::exit(int(ExitStatus::success)); });
     stop.aboutToStop([] { return limitTheEnd(); });
     const UnixSignals endInOrder([&stop](int) { stop.begin(); }, beginEndDeadline);
+    const auto sessionEnd = watchSessionEnd([&stop] { stop.begin(); });
 
     End end;
     DesktopParts* running = nullptr;
@@ -97,7 +109,8 @@ End runToTheEnd(const CommandLine& line, const QString& key, int argc, char** ar
     ProgramCore core(store, key, clock, stop);
     const auto desktop = openDesktop(clock, std::move(requests));
     DesktopParts parts(core, *desktop,
-                       line.quiet ? DesktopParts::Start::quiet : DesktopParts::Start::byUser);
+                       line.quiet ? DesktopParts::Start::quiet : DesktopParts::Start::byUser,
+                       loginCommand(line));
     running = &parts;
     if (line.report) {
         reportOn(parts.model());

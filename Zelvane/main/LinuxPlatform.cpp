@@ -1,6 +1,7 @@
 #include "Services/linux/LinuxChildProcesses.h"
 #include "Services/linux/PsProcessTable.h"
 #include "desktop/AbsentDesktop.h"
+#include "desktop/linux/AutostartLoginItem.h"
 #include "desktop/linux/ClipboardExchange.h"
 #include "desktop/linux/X11AccessibilityPlatform.h"
 #include "desktop/linux/X11HotKeyRegistrar.h"
@@ -11,8 +12,11 @@
 #include "desktop/linux/atspi/AtSpiFocusInspector.h"
 #include "main/Platform.h"
 #include "settings/linux/LibSecretBackend.h"
+#include "ui/linux/SessionEnd.h"
 #include "ui/linux/XcbEventFilter.h"
 #include "ui/linux/XcbSession.h"
+
+#include <QDBusConnection>
 
 #include <expected>
 #include <utility>
@@ -146,6 +150,17 @@ std::unique_ptr<ChildProcessLauncher> openChildProcesses()
 std::unique_ptr<ProcessTable> openProcessTable(ChildProcessLauncher& launcher, Clock& clock)
 {
     return std::make_unique<PsProcessTable>(launcher, clock);
+}
+
+std::unique_ptr<QObject> watchSessionEnd(std::function<void()> onEnd)
+{
+    return std::make_unique<SessionEnd>(QDBusConnection::sessionBus(), QDBusConnection::systemBus(),
+                                        std::move(onEnd));
+}
+
+std::unique_ptr<LoginItem> openLoginItem(const QStringList& command, Worker& worker)
+{
+    return std::make_unique<AutostartLoginItem>(AutostartFile(autostartFolder(), command), worker);
 }
 
 std::unique_ptr<Desktop> openDesktop(Clock& clock, DesktopRequests requests)

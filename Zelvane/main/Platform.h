@@ -7,13 +7,16 @@
 #include "desktop/FocusInspector.h"
 #include "desktop/HotKeyRegistrar.h"
 #include "desktop/KeystrokePoster.h"
+#include "desktop/LoginItem.h"
 #include "desktop/MouseTap.h"
 #include "desktop/Pasteboard.h"
 #include "desktop/ProgramControl.h"
 #include "desktop/ServicesProvider.h"
 #include "foundation/Clock.h"
+#include "foundation/Worker.h"
 #include "settings/SecretBackend.h"
 
+#include <QObject>
 #include <QString>
 
 #include <functional>
@@ -50,6 +53,14 @@ public:
     /// known to be missing.
     [[nodiscard]] virtual std::optional<QString> shortcoming() const = 0;
 };
+
+/// Calls `onEnd` when the desktop session or the machine is about to end, for as long as the result
+/// lives. The application object must exist.
+[[nodiscard]] std::unique_ptr<QObject> watchSessionEnd(std::function<void()> onEnd);
+
+/// The record by which the desktop starts the program with the session. `command` is what it is to
+/// run: a file and its arguments. `worker` must outlive the record.
+[[nodiscard]] std::unique_ptr<LoginItem> openLoginItem(const QStringList& command, Worker& worker);
 
 /// The user's store of secrets.
 [[nodiscard]] std::unique_ptr<SecretBackend> openSecretStore();

@@ -63,7 +63,7 @@ TEST_F(Tray, thatIsThereNeedsNoWord)
 TEST_F(Tray, thatComesLateNeedsNoWord)
 {
     const auto absence = start();
-    clock.advance(9999ms);
+    clock.advance(4999ms);
     available = true;
     clock.advance(1h);
     EXPECT_THAT(texts(log), ElementsAre());
@@ -72,7 +72,7 @@ TEST_F(Tray, thatComesLateNeedsNoWord)
 TEST_F(Tray, thatIsMissingIsToldOfAndSettingsOpen)
 {
     const auto absence = start();
-    clock.advance(9999ms);
+    clock.advance(4999ms);
     EXPECT_THAT(texts(log), ElementsAre());
     clock.advance(1ms);
     EXPECT_THAT(texts(log), ElementsAre("notification: No place for the tray icon", "settings"));
@@ -84,7 +84,7 @@ TEST_F(Tray, whereNobodyShowsMessagesIsToldOfOnStandardError)
 {
     notifications.taken = false;
     const auto absence = start();
-    clock.advance(10s);
+    clock.advance(5s);
     EXPECT_THAT(
         texts(log),
         ElementsAre(
@@ -97,24 +97,24 @@ TEST_F(Tray, whereNobodyShowsMessagesIsToldOfOnStandardError)
 TEST_F(Tray, thatIsMissingAtTheNextStartAsWellIsNotToldOfAgain)
 {
     auto absence = start();
-    clock.advance(10s);
+    clock.advance(5s);
     log.clear();
     absence = start();
-    clock.advance(10s);
+    clock.advance(5s);
     EXPECT_THAT(texts(log), ElementsAre());
 }
 
 TEST_F(Tray, thatWasThereMeanwhileIsToldOfAgain)
 {
     auto absence = start();
-    clock.advance(10s);
+    clock.advance(5s);
     log.clear();
     available = true;
     absence = start();
-    clock.advance(10s);
+    clock.advance(5s);
     available = false;
     absence = start();
-    clock.advance(10s);
+    clock.advance(5s);
     EXPECT_THAT(texts(log), ElementsAre("notification: No place for the tray icon", "settings"));
 }
 

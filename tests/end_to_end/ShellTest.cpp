@@ -1,14 +1,47 @@
-// How the program lives in the session: what it does where keys can't be pressed, and how it ends.
+// How the program lives in the session: what it does where keys can't be pressed and where there is
+// no tray, how it starts again, and how it ends.
 
 #include "end_to_end/ZelvaneSession.h"
 #include "support/Await.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QFile>
+
+#include <csignal>
 
 namespace zelvane::test {
 namespace {
+
+using namespace std::chrono_literals;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+const QString pageTitle = QStringLiteral("^Accessibility$");
+
+/// Lets no other program have the chord that the probe of the permission grabs.
+const char* const greedyProgram = R"(
+import ctypes, signal
+x = ctypes.CDLL("libX11.so.6")
+x.XOpenDisplay.restype = ctypes.c_void_p
+x.XDefaultRootWindow.restype = ctypes.c_ulong
+display = ctypes.c_void_p(x.XOpenDisplay(None))
+last_key, any_modifier, asynchronous = 255, 1 << 15, 1
+x.XGrabKey(display, last_key, any_modifier, ctypes.c_ulong(x.XDefaultRootWindow(display)), 0,
+           asynchronous, asynchronous)
+x.XSync(display, 0)
+print("ready", flush=True)
+signal.pause()
+)";
+
+DesktopSession::Options withoutTestExtension()
+{
+    DesktopSession::Options options = ZelvaneSession::wholeDesktop();
+    options.serverArguments = {QStringLiteral("-extension"), QStringLiteral("XTEST")};
+    return options;
+}
 
 /// How long the program takes to end after SIGTERM, in milliseconds.
 qint64 timeToEnd(ZelvaneSession& session)
@@ -19,10 +52,37 @@ qint64 timeToEnd(ZelvaneSession& session)
     return timer.elapsed();
 }
 
+bool endsByItself(ZelvaneSession& session)
+{
+    return waitUntil([&] { return session.process().state() == QProcess::NotRunning; });
+}
+
+std::string fileOfProcess(const QString& process, const char* name)
+{
+    QFile file(QStringLiteral("/proc/%1/%2").arg(process, QString::fromLatin1(name)));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().replace('\0', '\n').toStdString()
+                                          : std::string();
+}
+
+/// The process that shows a window.
+QString processOf(ZelvaneSession& session, const QString& window)
+{
+    const auto found =
+        session.desktop.run(QStringLiteral("xdotool"), {QStringLiteral("getwindowpid"), window});
+    return QString::fromLatin1(found.output).trimmed();
+}
+
+/// Whether a window of the program shows in the list of running programs.
+bool skipsTaskbar(ZelvaneSession& session, const QString& window)
+{
+    const auto state = session.desktop.run(
+        QStringLiteral("xprop"), {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_STATE")});
+    return state.output.contains("_NET_WM_STATE_SKIP_TASKBAR");
+}
+
 TEST(Shell, withoutTheTestExtensionItSaysWhatIsMissingAndLivesOn)
 {
-    DesktopSession::Options options = ZelvaneSession::wholeDesktop();
-    options.serverArguments = {QStringLiteral("-extension"), QStringLiteral("XTEST")};
+    DesktopSession::Options options = withoutTestExtension();
     options.windowManager = false; // it could not be operated without
     ZelvaneSession session(options);
     const auto outcome = session.desktop.run(
@@ -31,6 +91,82 @@ TEST(Shell, withoutTheTestExtensionItSaysWhatIsMissingAndLivesOn)
          QStringLiteral("--profile"), session.desktop.home() + QStringLiteral("/profile")});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(outcome.errors.contains("zelvane-desk: The X server lacks the extension XTEST"));
+}
+
+TEST(Shell, whereAnotherProgramKeepsTheKeysThePageSaysSoAndRelaunchesTheProgramWithItsKey)
+{
+    ZelvaneSession session;
+    const QString script = session.desktop.writeFile(QStringLiteral("greedy.py"), greedyProgram);
+    QProcess& greedy = session.desktop.start(QStringLiteral("/usr/bin/python3"), {script});
+    ASSERT_TRUE(waitUntil([&] { return greedy.canReadLine(); }));
+    session.start();
+    const QString page = session.waitForWindow(pageTitle);
+    EXPECT_FALSE(skipsTaskbar(session, page));
+    const QString first = processOf(session, page);
+    EXPECT_EQ(first, QString::number(session.process().processId()));
+
+    // The button stands at the end of the banner.
+    waitUntil([] { return false; }, 500ms);
+    session.desktop.xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), page,
+                             QStringLiteral("446"), QStringLiteral("118"), QStringLiteral("click"),
+                             QStringLiteral("1")});
+    ASSERT_TRUE(endsByItself(session));
+    EXPECT_EQ(session.process().exitCode(), 0);
+
+    const QString second = processOf(session, session.waitForWindow(pageTitle));
+    EXPECT_NE(second, first);
+    EXPECT_THAT(fileOfProcess(second, "environ"), HasSubstr("ZELVANE_API_KEY=end-to-end-key"));
+    EXPECT_THAT(fileOfProcess(second, "cmdline"), HasSubstr("--profile"));
+    EXPECT_THAT(fileOfProcess(second, "cmdline"), Not(HasSubstr("end-to-end-key")));
+    ASSERT_EQ(::kill(second.toInt(), SIGTERM), 0);
+    session.waitUntilGone(pageTitle);
+}
+
+TEST(Shell, whereKeysCannotBePressedThePageOpensAtTheStart)
+{
+    ZelvaneSession session(withoutTestExtension());
+    session.start();
+    session.waitForWindow(pageTitle);
+    session.quit();
+}
+
+TEST(Shell, aQuietStartOpensNothing)
+{
+    ZelvaneSession session(withoutTestExtension());
+    session.start({QStringLiteral("--quiet")});
+    waitUntil([] { return false; }, 1500ms);
+    EXPECT_FALSE(session.windowIsVisible(pageTitle));
+    session.quit();
+}
+
+TEST(Shell, startsWithTheSessionIfTheUserWantsThat)
+{
+    ZelvaneSession session;
+    session.setDefault(QStringLiteral("zv.startAtLogin"), true);
+    session.start();
+    QFile entry(session.desktop.environment().value(QStringLiteral("XDG_CONFIG_HOME")) +
+                QStringLiteral("/autostart/org.zelvane.desk.desktop"));
+    ASSERT_TRUE(waitUntil([&] { return entry.exists(); }));
+    ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+    const std::string content = entry.readAll().toStdString();
+    EXPECT_THAT(content, HasSubstr("\nExec=" ZELVANE_PROGRAM " --quiet --profile "));
+    EXPECT_THAT(content, Not(HasSubstr("end-to-end-key")));
+}
+
+TEST(Shell, withoutATrayItSaysSoOnce)
+{
+    ZelvaneSession session;
+    const auto run = [&] {
+        return session.desktop
+            .run(QStringLiteral("timeout"),
+                 {QStringLiteral("--preserve-status"), QStringLiteral("7"),
+                  QStringLiteral(ZELVANE_PROGRAM), QStringLiteral("--profile"),
+                  session.desktop.home() + QStringLiteral("/profile")},
+                 {}, 9s)
+            .errors;
+    };
+    // Nobody shows messages on this desktop.
+    EXPECT_TRUE(run().contains("zelvane-desk: No place for the tray icon"));
 }
 
 TEST(Shell, aTranslationUnderWayEndsWithTheProgramAndGivesTheClipboardBack)
@@ -48,6 +184,40 @@ TEST(Shell, aTranslationUnderWayEndsWithTheProgramAndGivesTheClipboardBack)
     EXPECT_EQ(session.editorText(), "hello world");
 }
 
+TEST(Shell, anOpenWindowHoldsNothingUp)
+{
+    ZelvaneSession session;
+    session.start();
+    session.openReader(QStringLiteral("hello reader"));
+    session.selectAll();
+    session.key(ZelvaneSession::toGerman);
+    session.waitForWindow(QStringLiteral("^Translation$"));
+    EXPECT_LT(timeToEnd(session), 3000);
+    EXPECT_EQ(session.process().exitCode(), 0);
+}
+
+TEST(Shell, endsWithTheBusOfItsSession)
+{
+    ZelvaneSession session;
+    session.start();
+    session.desktop.killBus();
+    ASSERT_TRUE(endsByItself(session));
+    EXPECT_EQ(session.process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(session.process().exitCode(), 0);
+}
+
+TEST(Shell, endsWithinThreeSecondsEvenIfItsMainThreadHangs)
+{
+    ZelvaneSession session;
+    session.start();
+    // A frozen X server answers no request: the probe of the permission waits for it.
+    QProcess& server = session.desktop.server();
+    DesktopSession::freeze(server);
+    waitUntil([] { return false; }, 4500ms);
+    EXPECT_LT(timeToEnd(session), 3500);
+    DesktopSession::thaw(server);
+}
+
 TEST(Shell, afterItWasKilledInTheMiddleItStartsAndTranslatesAsEver)
 {
     ZelvaneSession session;
@@ -57,7 +227,7 @@ TEST(Shell, afterItWasKilledInTheMiddleItStartsAndTranslatesAsEver)
     session.key(ZelvaneSession::toGerman);
     ASSERT_TRUE(waitUntil([&] { return session.askedTexts().size() == 1; }));
     session.process().kill();
-    ASSERT_TRUE(waitUntil([&] { return session.process().state() == QProcess::NotRunning; }));
+    ASSERT_TRUE(endsByItself(session));
 
     session.answerWith("Hallo Welt");
     session.start();

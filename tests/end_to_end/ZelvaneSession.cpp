@@ -101,11 +101,11 @@ void ZelvaneSession::setDefault(const QString& key, bool value)
              value ? QStringLiteral("true") : QStringLiteral("false")});
 }
 
-void ZelvaneSession::start()
+void ZelvaneSession::start(const QStringList& options)
 {
     m_printed.clear();
-    m_process =
-        &desktop.start(QString::fromUtf8(program), withProfile({QStringLiteral("--report")}));
+    m_process = &desktop.start(QString::fromUtf8(program),
+                               withProfile(QStringList{QStringLiteral("--report")} + options));
     if (!waitUntil([this] { return printed().startsWith("ready\n"); }, patience)) {
         giveUp(QStringLiteral("the program did not get ready; it printed: ") +
                QString::fromUtf8(m_printed));

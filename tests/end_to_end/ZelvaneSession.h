@@ -39,7 +39,7 @@ public:
     void setDefault(const QString& key, bool value);
 
     /// Starts the program, again if it has ended, and waits until its shortcuts work.
-    void start();
+    void start(const QStringList& options = {});
     /// What the running program has printed so far.
     [[nodiscard]] QByteArray printed();
     /// Asks the program to quit, as a session's end does, and waits for it.

@@ -217,6 +217,11 @@ void DesktopSession::killServer()
     kill(*m_server);
 }
 
+void DesktopSession::killBus()
+{
+    kill(*m_bus);
+}
+
 void DesktopSession::startServer(const QStringList& arguments)
 {
     QStringList all{QStringLiteral("-displayfd"),  QStringLiteral("1"),
@@ -233,6 +238,7 @@ void DesktopSession::startBus()
     QProcess& bus = start(QStringLiteral("dbus-daemon"),
                           {QStringLiteral("--session"), QStringLiteral("--nofork"),
                            QStringLiteral("--print-address=1")});
+    m_bus = &bus;
     m_busAddress = QString::fromLatin1(readLine(bus, programLimit));
     setVariable(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_busAddress);
 }

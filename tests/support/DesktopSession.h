@@ -80,8 +80,11 @@ public:
     /// Ends a program as a crash would.
     static void kill(QProcess& process);
 
+    [[nodiscard]] QProcess& server() { return *m_server; }
     /// Ends the X server, as a crash of it would.
     void killServer();
+    /// The same for the session bus.
+    void killBus();
 
 private:
     struct Bare
@@ -100,6 +103,7 @@ private:
     QByteArray m_display;
     QString m_busAddress;
     QProcess* m_server = nullptr;
+    QProcess* m_bus = nullptr;
     /// In the order of their start; ended in the opposite order.
     std::vector<std::unique_ptr<QProcess>> m_processes;
 };

@@ -55,9 +55,7 @@ PermissionWindow::PermissionWindow(PermissionModel& model, const Theme& theme)
         subtitle->setContentsMargins(0, 0, 0, qRound(spacing.md));
         followContent();
     });
-    // Later, when the view has taken the change over.
-    connect(&model, &PermissionModel::changed, this, &PermissionWindow::followContent,
-            Qt::QueuedConnection);
+    m_page->installEventFilter(this);
 }
 
 void PermissionWindow::fit()
@@ -77,6 +75,15 @@ void PermissionWindow::followContent()
     if (isVisible() && height() == m_fittedHeight) {
         fit();
     }
+}
+
+bool PermissionWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_page && event->type() == QEvent::LayoutRequest) {
+        // Later, when the content has its new size.
+        QMetaObject::invokeMethod(this, &PermissionWindow::followContent, Qt::QueuedConnection);
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void PermissionWindow::showEvent(QShowEvent* event)
