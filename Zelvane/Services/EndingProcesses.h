@@ -17,6 +17,8 @@ public:
 
     /// Asks `process` to end and gives it `terminationGrace`.
     void end(std::unique_ptr<ChildProcess> process);
+    /// Whether one of them is still there.
+    [[nodiscard]] bool areRunning() const;
 
 private:
     struct Ending

@@ -84,6 +84,8 @@ public:
     void touchIdleTimer();
 
     [[nodiscard]] bool isRunning() const { return m_process != nullptr && m_process->isRunning(); }
+    /// Whether a server that was stopped is still there.
+    [[nodiscard]] bool isEnding() const { return m_endings.areRunning(); }
     [[nodiscard]] std::optional<qint32> pid() const;
     /// From shortly before the launch until the stop, also after a crash.
     [[nodiscard]] const std::optional<ServerAccess>& access() const { return m_access; }

@@ -2,6 +2,8 @@
 
 #include "pipeline/TranslationError.h"
 
+#include <algorithm>
+
 namespace zelvane {
 
 OfflineEngines::OfflineEngines(QString root, LlamaServer::Parts parts, AtCreation atCreation)
@@ -26,7 +28,7 @@ std::unique_ptr<SmartOfflineEngineManager> OfflineEngines::make(SmartOfflineVari
 {
     auto engine = std::make_unique<SmartOfflineEngineManager>(
         variant, EngineFiles(m_root, factsOf(variant)),
-        SmartOfflineEngineManager::Parts{m_parts, [this, variant] { stopOthers(variant); }});
+        SmartOfflineEngineManager::Parts{m_parts, [this, variant] { stopAllBut(variant); }});
     if (m_atCreation == AtCreation::sweep) {
         engine->sweepStrays();
     }
@@ -64,9 +66,8 @@ void OfflineEngines::stopLocalEngines()
     localEngine(LocalEngineManager::Variant::large).stop();
 }
 
-void OfflineEngines::stopOthers(SmartOfflineVariant variant)
+void OfflineEngines::stopAllBut(std::optional<SmartOfflineVariant> variant)
 {
-    // Those that were never made have no server.
     for (const auto& [other, engine] : m_engines) {
         if (other != variant && engine) {
             engine->cancelWarmUp();
@@ -76,6 +77,22 @@ void OfflineEngines::stopOthers(SmartOfflineVariant variant)
     for (const auto& [kind, engine] : m_localEngines) {
         engine->stop();
     }
+}
+
+QCoro::Task<void> OfflineEngines::shutDown()
+{
+    constexpr std::chrono::milliseconds interval{10};
+    stopAllBut(std::nullopt);
+    while (isEnding()) {
+        co_await m_parts.clock.sleep(interval);
+    }
+}
+
+bool OfflineEngines::isEnding() const
+{
+    return std::ranges::any_of(m_engines, [](const auto& entry) {
+        return entry.second && entry.second->server().isEnding();
+    });
 }
 
 void OfflineEngines::providerSwitched(AIProvider provider)

@@ -34,6 +34,10 @@ public:
     /// Ends what is left of the earlier kind of engine.
     void stopLocalEngines();
 
+    /// Stops everything because the program is about to end, and waits until the servers have gone,
+    /// for a little more than two seconds at most.
+    [[nodiscard]] QCoro::Task<void> shutDown();
+
     /// The settings have another provider for good: only its engine may go on.
     void providerSwitched(AIProvider provider);
     /// The user has picked a provider: its model is loaded in advance, if it is one of these.
@@ -45,7 +49,9 @@ public:
 
 private:
     [[nodiscard]] std::unique_ptr<SmartOfflineEngineManager> make(SmartOfflineVariant variant);
-    void stopOthers(SmartOfflineVariant variant);
+    /// Of the engines that were made, those that were never have no server.
+    void stopAllBut(std::optional<SmartOfflineVariant> variant);
+    [[nodiscard]] bool isEnding() const;
 
     const QString m_root;
     const LlamaServer::Parts m_parts;

@@ -77,8 +77,8 @@ ApplicationShell::LaunchSteps DesktopParts::launchSteps()
             },
         .startHostedSynchronisation = [this] { m_core.hostedStartUp().start(); },
         .deleteRetiredModels = [this] { m_core.deleteRetiredModels(); },
-        .stopSmartEngines = [] {},
-        .stopLocalEngines = [] {},
+        .stopSmartEngines = [this] { m_core.offlineEngines().stopAllOfflineEngines(); },
+        .stopLocalEngines = [this] { m_core.offlineEngines().stopLocalEngines(); },
     };
 }
 

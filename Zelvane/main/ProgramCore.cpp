@@ -17,10 +17,13 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     , m_settings(m_defaults, m_secrets, systemLanguage(currentSystemLocale()).name, &m_worker)
     , m_trace(clock)
     , m_engines(clock, m_defaults, m_trace, {m_defaults, m_secrets})
+    , m_machineEngines(store.locations(), m_engines.transport(), clock,
+                       OfflineEngines::AtCreation::sweep)
     , m_glossary(glossaryFolder(store.applicationSupport()))
     , m_glossaryManager({m_defaults, m_engines.transport(), clock, store.applicationSupport(),
                          glossarySystemLanguage(currentSystemLocale())})
-    , m_dispatch(m_settings, m_defaults, m_trace, m_engines.forDispatch(&m_glossary))
+    , m_dispatch(m_settings, m_defaults, m_trace,
+                 m_machineEngines.among(m_engines.forDispatch(&m_glossary)))
     , m_hostedStartUp(m_engines.hosted(), m_settings)
 {
     QObject::connect(&m_glossaryManager, &GlossaryManager::directionChanged, &m_glossaryManager,
@@ -28,6 +31,10 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     if (!key.isEmpty()) {
         m_settings.setApiKey(key);
     }
+    OfflineEngines& engines = m_machineEngines.engines();
+    QObject::connect(&m_settings, &AppSettings::providerSwitched, &m_settings,
+                     [&engines](AIProvider provider) { engines.providerSwitched(provider); });
+    m_stop.aboutToStop([&engines] { return engines.shutDown(); });
 }
 
 void ProgramCore::deleteRetiredModels()

@@ -5,6 +5,7 @@
 #include "foundation/Worker.h"
 #include "glossary/GlossaryManager.h"
 #include "glossary/GlossaryStore.h"
+#include "main/MachineEngines.h"
 #include "main/OnlineEngines.h"
 #include "main/UserStore.h"
 #include "online/HostedStartUp.h"
@@ -38,6 +39,7 @@ public:
     [[nodiscard]] GlossaryStore& glossary() { return m_glossary; }
     [[nodiscard]] GlossaryManager& glossaryManager() { return m_glossaryManager; }
     [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
+    [[nodiscard]] OfflineEngines& offlineEngines() { return m_machineEngines.engines(); }
     [[nodiscard]] HostedStartUp& hostedStartUp() { return m_hostedStartUp; }
 
     /// Deletes what older versions downloaded, in the background.
@@ -54,6 +56,7 @@ private:
     AppSettings m_settings;
     TranslationTrace m_trace;
     OnlineEngines m_engines;
+    MachineEngines m_machineEngines;
     GlossaryStore m_glossary;
     GlossaryManager m_glossaryManager;
     TranslationDispatch m_dispatch;

@@ -15,6 +15,7 @@
 #include "glossary/GlossaryManager.h"
 #include "glossary/GlossaryNames.h"
 #include "glossary/GlossaryStore.h"
+#include "main/MachineEngines.h"
 #include "main/OnlineEngines.h"
 #include "main/Platform.h"
 #include "main/UserStore.h"
@@ -80,8 +81,12 @@ public:
         , m_settings(overlay, m_secrets, systemLanguage(currentSystemLocale()).name)
         , m_trace(m_clock)
         , m_engines(m_clock, overlay, m_trace, {store.defaults(), m_keptSecrets})
+        // A server that it finds may well be that of the program on the desktop.
+        , m_machineEngines(store.locations(), m_engines.transport(), m_clock,
+                           OfflineEngines::AtCreation::nothing)
         , m_glossary(glossaryFolder(store.applicationSupport()))
-        , m_dispatch(m_settings, overlay, m_trace, m_engines.forDispatch(&m_glossary))
+        , m_dispatch(m_settings, overlay, m_trace,
+                     m_machineEngines.among(m_engines.forDispatch(&m_glossary)))
     {
         if (!key.isEmpty()) {
             m_settings.setApiKey(key);
@@ -104,6 +109,7 @@ private:
     AppSettings m_settings;
     TranslationTrace m_trace;
     OnlineEngines m_engines;
+    MachineEngines m_machineEngines;
     GlossaryStore m_glossary;
     TranslationDispatch m_dispatch;
 };

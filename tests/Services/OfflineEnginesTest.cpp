@@ -122,6 +122,35 @@ TEST_F(OfflineEnginesTest, PickingAProviderWarmsItsEngineUp)
     EXPECT_FALSE(isRunning(lmt60_4b));
 }
 
+TEST_F(OfflineEnginesTest, ShuttingDownWaitsUntilTheServerHasGone)
+{
+    serve(lmt60_4b);
+    const auto shutDown = watch(engines.shutDown());
+    EXPECT_EQ(children.children.front()->calls, QStringList{QStringLiteral("terminate")});
+    clock.advance(100ms);
+    EXPECT_FALSE(shutDown->hasEnded);
+    children.children.front()->end();
+    clock.advance(10ms);
+    EXPECT_TRUE(shutDown->isSuccess());
+}
+
+TEST_F(OfflineEnginesTest, ShuttingDownKillsWhatDoesNotGo)
+{
+    serve(lmt60_4b);
+    const auto shutDown = watch(engines.shutDown());
+    clock.advance(1990ms);
+    EXPECT_FALSE(shutDown->hasEnded);
+    clock.advance(20ms);
+    EXPECT_TRUE(shutDown->isSuccess());
+    EXPECT_EQ(children.children.front()->calls.last(), QStringLiteral("gone"));
+}
+
+TEST_F(OfflineEnginesTest, ShuttingDownWithoutAServerTakesNoTimeAndMakesNoEngine)
+{
+    EXPECT_TRUE(watch(engines.shutDown())->isSuccess());
+    EXPECT_EQ(clock.pendingTimers(), 0);
+}
+
 class WaitingChild final : public LocalEngineChild
 {
 public:
