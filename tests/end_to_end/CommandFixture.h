@@ -42,7 +42,7 @@ protected:
         }
         auto process = std::make_unique<QProcess>();
         process->setProcessEnvironment(environment);
-        process->start(QStringLiteral(ZELVANE_PROGRAM), words);
+        process->start(program, words);
         return process;
     }
 
@@ -67,6 +67,7 @@ protected:
             Answer::json(200, R"({"choices":[{"message":{"content":")" + content + R"("}}]})"));
     }
 
+    QString program = QStringLiteral(ZELVANE_PROGRAM);
     QTemporaryDir home;
     QProcessEnvironment environment;
     LoopbackHttpServer provider;
