@@ -241,6 +241,33 @@ TEST_F(ResultPopupTest, keepsItsPlaceWhenTheCompositorComesAndGoes)
     EXPECT_EQ(windows.described.constLast().shadow, QMargins());
 }
 
+TEST_F(ResultPopupTest, describesItselfAnewWhenItGrows)
+{
+    present();
+    const auto descriptions = windows.described.size();
+    settings.setResultWindowSize(TranslationWindowSize::extraLarge);
+    ASSERT_TRUE(waitUntil([&] { return panel()->panelFrame().width() == 800; }));
+    EXPECT_TRUE(waitUntil([&] { return windows.described.size() > descriptions; }));
+}
+
+TEST_F(ResultPopupTest, asksForBlurWhereThePanelLetsThrough)
+{
+    QList<QRegion> requests;
+    appearance.setBlur([&](QWindow&, const QRegion& region) { requests.append(region); });
+    appearance.setCompositing(true);
+    present();
+    EXPECT_TRUE(requests.constLast().isEmpty());
+    appearance.setBlursBehind(true);
+    const QRect inner = panel()->panelFrame().translated(-panel()->pos());
+    EXPECT_EQ(requests.constLast().boundingRect(), inner);
+    EXPECT_FALSE(requests.constLast().contains(inner.topLeft()));
+    const QImage glass = panel()->grab().toImage();
+    EXPECT_LT(glass.pixelColor(inner.topLeft() + QPoint(60, 8)).alpha(), 240);
+    appearance.setReducedTransparency(true);
+    EXPECT_TRUE(requests.constLast().isEmpty());
+    EXPECT_EQ(panel()->grab().toImage().pixelColor(inner.topLeft() + QPoint(60, 8)).alpha(), 255);
+}
+
 TEST_F(ResultPopupTest, takesTheKeyboardAndGivesItBack)
 {
     present();

@@ -3,6 +3,9 @@
 #include "ui/style/Shadow.h"
 #include "ui/style/ViewStyles.h"
 
+#include <QPainterPath>
+#include <QWindow>
+
 namespace zelvane {
 
 QMargins panelMargins(const Theme& theme)
@@ -33,6 +36,24 @@ void paintPanelSurface(QPainter& painter, const QRect& panel, const Theme& theme
         painter.restore();
     }
     glass.paint(painter, panel, colors);
+}
+
+void describePanelSurface(QWidget& window, const QRect& panel, const Theme& theme,
+                          std::optional<double> cornerRadius)
+{
+    QWindow* handle = window.windowHandle();
+    if (!handle) {
+        return;
+    }
+    QRegion behind;
+    if (!theme.opaquePanels()) {
+        const double radius =
+            TranslatorFloatingGlassModifier{theme.tokens(), false, cornerRadius}.radius();
+        QPainterPath outline;
+        outline.addRoundedRect(panel, radius, radius);
+        behind = QRegion(outline.toFillPolygon().toPolygon());
+    }
+    theme.appearance().blurBehind(*handle, behind);
 }
 
 } // namespace zelvane

@@ -4,6 +4,7 @@
 
 #include <QMargins>
 #include <QPainter>
+#include <QWidget>
 
 #include <optional>
 
@@ -18,5 +19,10 @@ namespace zelvane {
 /// those of the tokens unless `cornerRadius` is given.
 void paintPanelSurface(QPainter& painter, const QRect& panel, const Theme& theme,
                        std::optional<double> cornerRadius = std::nullopt);
+
+/// Has the desktop blur what is behind such a panel, where it does so and the panel lets it
+/// through. To be called when `window` is shown, has another size, and when the theme has changed.
+void describePanelSurface(QWidget& window, const QRect& panel, const Theme& theme,
+                          std::optional<double> cornerRadius = std::nullopt);
 
 } // namespace zelvane

@@ -94,14 +94,13 @@ void Popover::openAt(const QRect& anchor)
 void Popover::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintPanelSurface(painter, rect().marginsRemoved(m_layout->contentsMargins()), m_theme,
-                      m_cornerRadius);
+    paintPanelSurface(painter, panelRect(), m_theme, m_cornerRadius);
 }
 
 void Popover::mousePressEvent(QMouseEvent* event)
 {
     // A click on the shadow is a click elsewhere.
-    if (!rect().marginsRemoved(m_layout->contentsMargins()).contains(event->position().toPoint())) {
+    if (!panelRect().contains(event->position().toPoint())) {
         close();
     }
 }
@@ -121,6 +120,28 @@ void Popover::hideEvent(QHideEvent* event)
     Q_EMIT closed();
 }
 
+void Popover::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    describe();
+}
+
+void Popover::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    describe();
+}
+
+void Popover::describe()
+{
+    describePanelSurface(*this, panelRect(), m_theme, m_cornerRadius);
+}
+
+QRect Popover::panelRect() const
+{
+    return rect().marginsRemoved(m_layout->contentsMargins());
+}
+
 void Popover::adoptMargins()
 {
     const QMargins margins = panelMargins(m_theme);
@@ -130,6 +151,7 @@ void Popover::adoptMargins()
         setContentSize(frame.size());
         setPanelOrigin(frame.topLeft());
     }
+    describe();
     update();
 }
 

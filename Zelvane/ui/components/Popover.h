@@ -47,9 +47,14 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void adoptMargins();
+    void describe();
+    /// The panel in the window's coordinates.
+    [[nodiscard]] QRect panelRect() const;
 
     const Theme& m_theme;
     std::optional<double> m_cornerRadius;

@@ -78,7 +78,16 @@ LinuxAppearance::LinuxAppearance(DesktopAppearance& appearance, const QDBusConne
         const QByteArray selection = "_NET_WM_CM_S" + QByteArray::number(session->screenNumber);
         m_compositor = std::make_unique<SelectionWatcher>(
             *session, selection, [this](bool runs) { m_appearance.setCompositing(runs); });
+        m_blur = std::make_unique<BlurRequests>(
+            *session, [this](bool blurs) { m_appearance.setBlursBehind(blurs); });
+        m_appearance.setBlur(
+            [this](QWindow& window, const QRegion& region) { m_blur->blurBehind(window, region); });
     }
+}
+
+LinuxAppearance::~LinuxAppearance()
+{
+    m_appearance.setBlur([](QWindow&, const QRegion&) {});
 }
 
 void LinuxAppearance::watchPortal()

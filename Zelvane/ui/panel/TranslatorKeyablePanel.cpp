@@ -118,13 +118,20 @@ void TranslatorKeyablePanel::presentInFront()
 void TranslatorKeyablePanel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintPanelSurface(painter, rect().marginsRemoved(m_layout->contentsMargins()), m_theme);
+    paintPanelSurface(painter, panelRect(), m_theme);
 }
 
 void TranslatorKeyablePanel::showEvent(QShowEvent* event)
 {
     describe();
     QWidget::showEvent(event);
+}
+
+void TranslatorKeyablePanel::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    // What takes clicks has another size as well.
+    describe();
 }
 
 void TranslatorKeyablePanel::closeEvent(QCloseEvent* event)
@@ -141,8 +148,8 @@ void TranslatorKeyablePanel::adoptMargins()
         m_layout->setContentsMargins(margins);
         setContentSize(frame.size());
         setPanelOrigin(frame.topLeft());
-        describe();
     }
+    describe();
     update();
 }
 
@@ -151,7 +158,13 @@ void TranslatorKeyablePanel::describe()
     if (QWindow* window = windowHandle()) {
         m_windows.describe(
             *window, {.shadow = m_layout->contentsMargins(), .skipsTaskbar = !m_promotesDockIcon});
+        describePanelSurface(*this, panelRect(), m_theme);
     }
+}
+
+QRect TranslatorKeyablePanel::panelRect() const
+{
+    return rect().marginsRemoved(m_layout->contentsMargins());
 }
 
 } // namespace zelvane

@@ -62,11 +62,14 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     /// Follows the desktop: a shadow's margin appears and goes with its ability to show one.
     void adoptMargins();
     void describe();
+    /// The panel in the window's coordinates.
+    [[nodiscard]] QRect panelRect() const;
 
     const Theme& m_theme;
     WindowSystem& m_windows;

@@ -4,8 +4,13 @@
 #include <QFont>
 #include <QObject>
 #include <QProperty>
+#include <QRegion>
 
+#include <functional>
 #include <optional>
+#include <utility>
+
+class QWindow;
 
 namespace zelvane {
 
@@ -48,6 +53,12 @@ public:
     void setBlursBehind(bool on) { m_blursBehind = on; }
     [[nodiscard]] QBindable<bool> bindableBlursBehind() { return &m_blursBehind; }
 
+    /// Asks the desktop to blur what is behind `region` of `window`, a window that has been shown
+    /// or is about to be; an empty region takes it back.
+    void blurBehind(QWindow& window, const QRegion& region) const { m_blur(window, region); }
+    /// What carries such a request out, from the platform's adapter.
+    void setBlur(std::function<void(QWindow&, const QRegion&)> blur) { m_blur = std::move(blur); }
+
     [[nodiscard]] bool reducedTransparency() const { return m_reducedTransparency; }
     void setReducedTransparency(bool on) { m_reducedTransparency = on; }
     [[nodiscard]] QBindable<bool> bindableReducedTransparency() { return &m_reducedTransparency; }
@@ -65,6 +76,7 @@ Q_SIGNALS:
     void changed();
 
 private:
+    std::function<void(QWindow&, const QRegion&)> m_blur = [](QWindow&, const QRegion&) {};
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, ColorScheme, m_colorScheme,
                                          ColorScheme::light, &DesktopAppearance::changed)
     Q_OBJECT_BINDABLE_PROPERTY(DesktopAppearance, std::optional<QColor>, m_accent,

@@ -171,6 +171,29 @@ TEST_F(X11WindowTest, shadowComesAndGoesWithTheCompositor)
     EXPECT_TRUE(becomes(popup, {520, 280}));
 }
 
+TEST_F(X11WindowTest, panelsLetThroughWhatTheCompositorBlurs)
+{
+    (void)startCompositor();
+    show(QStringLiteral("popup-short"));
+    const QString popup = m_session.waitForWindow(QStringLiteral("^Translation$"));
+    ASSERT_TRUE(becomes(popup, {598, 358}));
+    const char* blur = "_KDE_NET_WM_BLUR_BEHIND_REGION";
+    EXPECT_THAT(property(popup, blur).toStdString(), HasSubstr("not found"));
+
+    const auto announce = [&](const QStringList& how) {
+        m_session.run(QStringLiteral("xprop"), QStringList{QStringLiteral("-root")} + how);
+    };
+    announce({QStringLiteral("-f"), QLatin1String(blur), QStringLiteral("32c"),
+              QStringLiteral("-set"), QLatin1String(blur), QStringLiteral("0")});
+    // The middle of the panel, between its rounded upper and lower ends.
+    EXPECT_TRUE(waitUntil(
+        [&] { return property(popup, blur).contains(QStringLiteral(" 39, 48, 520, 249")); }, 5s))
+        << property(popup, blur).toStdString();
+    announce({QStringLiteral("-remove"), QLatin1String(blur)});
+    EXPECT_TRUE(
+        waitUntil([&] { return property(popup, blur).contains(QStringLiteral("not found")); }, 5s));
+}
+
 /// Some window managers put a frame of their own around each window, which stops clicks.
 class FramelessX11WindowTest : public X11WindowTest
 {
