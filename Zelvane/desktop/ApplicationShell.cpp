@@ -45,16 +45,6 @@ bool ApplicationShell::shouldHandleReopen()
     return false;
 }
 
-void ApplicationShell::secondStart(TrayState tray)
-{
-    shouldHandleReopen();
-    const bool showsNothing =
-        std::ranges::none_of(m_windows.windows(), &ApplicationWindow::isVisible);
-    if (tray == TrayState::absent && showsNothing) {
-        m_settings.requestOpen();
-    }
-}
-
 void ApplicationShell::settingsDisappeared()
 {
     m_permission.clearFocusAccessibilitySection();

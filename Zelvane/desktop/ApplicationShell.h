@@ -8,12 +8,6 @@
 
 namespace zelvane {
 
-/// Whether the desktop shows the program's icon.
-enum class TrayState {
-    present,
-    absent,
-};
-
 /// What stands around the controller: the order of the launch, and the answer to a user who starts
 /// the program while it runs. Main thread.
 class ApplicationShell
@@ -53,10 +47,6 @@ public:
     /// The user has started the program again. Brings the window that is most likely meant to the
     /// front, if one is open. Always false: nothing else is to be opened.
     bool shouldHandleReopen();
-
-    /// The same on a desktop that may have no tray. Without one a second start is how the user
-    /// reaches the program, so that settings open if there is nothing else to show.
-    void secondStart(TrayState tray);
 
     /// To be called when the content of the settings window has gone from the screen.
     void settingsDisappeared();

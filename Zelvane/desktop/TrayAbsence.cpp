@@ -40,7 +40,7 @@ QCoro::Task<void> TrayAbsence::tell(std::stop_token stop)
     const QString title = localizedText(QStringLiteral("No place for the tray icon"));
     const QString body = localizedText(
         QStringLiteral("This desktop has no system tray. Zelvane Desk runs all the same: use your "
-                       "shortcuts, or start it again to open its settings."));
+                       "shortcuts, or start it again to open its panel."));
     const bool shown = co_await m_ways.notifications.post(title, body);
     if (!shown && !stop.stop_requested()) {
         m_ways.complain(title + QStringLiteral(": ") + body);

@@ -47,12 +47,6 @@ void DesktopParts::launch()
     watchTray();
 }
 
-void DesktopParts::reopen()
-{
-    m_shell.secondStart(m_interface.trayAvailable().value() ? TrayState::present
-                                                            : TrayState::absent);
-}
-
 void DesktopParts::watchTray()
 {
     const bool quiet = m_start == Start::quiet;

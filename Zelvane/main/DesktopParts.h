@@ -37,8 +37,6 @@ public:
 
     /// Begins the program's work, in its order.
     void launch();
-    /// The user has started the program while it runs.
-    void reopen();
 
     /// Shows the page that says what this session lets the program do.
     void showPermission();

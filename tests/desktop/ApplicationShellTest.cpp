@@ -99,25 +99,6 @@ TEST_F(Shell, aReopeningBringsSettingsToTheFrontIfOnlyTheyShow)
                                         "front regardless 4"));
 }
 
-TEST_F(Shell, aSecondStartWithoutATrayOpensSettingsIfNothingElseShows)
-{
-    shell.secondStart(TrayState::absent);
-    EXPECT_TRUE(settings.settingsRequested());
-}
-
-TEST_F(Shell, aSecondStartWithATrayOpensNothing)
-{
-    shell.secondStart(TrayState::present);
-    EXPECT_FALSE(settings.settingsRequested());
-}
-
-TEST_F(Shell, aSecondStartWithoutATrayIsContentWithAWindowThatShows)
-{
-    windows.list = {{.id = 3, .isVisible = true}};
-    shell.secondStart(TrayState::absent);
-    EXPECT_FALSE(settings.settingsRequested());
-}
-
 TEST_F(Shell, settingsThatDisappearAreWantedNoLongerAndNeedShowNoSection)
 {
     platform.trusted = false;

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QFile>
 
@@ -35,6 +36,41 @@ x.XSync(display, 0)
 print("ready", flush=True)
 signal.pause()
 )";
+
+/// A panel of today's desktops: programs register their icons with it over the bus.
+class TrayHost final : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isThere)
+
+public:
+    explicit TrayHost(const QString& address)
+        : m_bus(QDBusConnection::connectToBus(address, QStringLiteral("tray")))
+    {
+        m_bus.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
+                             QDBusConnection::ExportAllContents);
+    }
+    ~TrayHost() override { QDBusConnection::disconnectFromBus(QStringLiteral("tray")); }
+
+    void come() { EXPECT_TRUE(m_bus.registerService(serviceName())); }
+    void go() { EXPECT_TRUE(m_bus.unregisterService(serviceName())); }
+    [[nodiscard]] bool isThere() const { return true; }
+
+    /// The icons that programs have registered so far.
+    QStringList icons;
+
+public Q_SLOTS:
+    void RegisterStatusNotifierItem(const QString& icon) { icons << icon; }
+
+private:
+    [[nodiscard]] static QString serviceName()
+    {
+        return QStringLiteral("org.kde.StatusNotifierWatcher");
+    }
+
+    QDBusConnection m_bus;
+};
 
 DesktopSession::Options withoutTestExtension()
 {
@@ -153,6 +189,21 @@ TEST(Shell, startsWithTheSessionIfTheUserWantsThat)
     EXPECT_THAT(content, Not(HasSubstr("end-to-end-key")));
 }
 
+TEST(Shell, theIconComesWithALatePanelAndComesBackWithIt)
+{
+    ZelvaneSession session;
+    TrayHost host(session.desktop.sessionBusAddress());
+    session.start();
+    EXPECT_TRUE(host.icons.isEmpty());
+    host.come();
+    ASSERT_TRUE(waitUntil([&] { return host.icons.size() == 1; }));
+    host.go();
+    waitUntil([] { return false; }, 300ms);
+    host.come();
+    EXPECT_TRUE(waitUntil([&] { return host.icons.size() >= 2; }));
+    session.quit();
+}
+
 TEST(Shell, withoutATrayItSaysSoOnce)
 {
     ZelvaneSession session;
@@ -239,3 +290,5 @@ TEST(Shell, afterItWasKilledInTheMiddleItStartsAndTranslatesAsEver)
 
 } // namespace
 } // namespace zelvane::test
+
+#include "ShellTest.moc"

@@ -1,9 +1,8 @@
 #include "ui/linux/TrayWatcher.h"
 
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include "ui/linux/BusCall.h"
+
+#include <QDBusVariant>
 
 namespace zelvane {
 
@@ -13,6 +12,17 @@ namespace {
 QString trayService()
 {
     return QStringLiteral("org.kde.StatusNotifierWatcher");
+}
+
+QString trayPath()
+{
+    return QStringLiteral("/StatusNotifierWatcher");
+}
+
+bool isTrue(const QDBusMessage& answer)
+{
+    return answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty() &&
+           answer.arguments().first().value<QDBusVariant>().variant().toBool();
 }
 
 } // namespace
@@ -39,25 +49,33 @@ void TrayWatcher::watchBus()
     m_services.setConnection(m_bus);
     m_services.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     m_services.addWatchedService(trayService());
-    connect(&m_services, &QDBusServiceWatcher::serviceOwnerChanged, this,
-            [this](const QString&, const QString&, const QString& owner) {
-                m_onBus = !owner.isEmpty();
-                update();
-            });
+    connect(&m_services, &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayWatcher::askForHost);
+    for (const char* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
+        m_bus.connect(trayService(), trayPath(), trayService(), QString::fromLatin1(signal), this,
+                      SLOT(askForHost()));
+    }
+    askForHost();
+}
 
+void TrayWatcher::askForHost()
+{
+    m_questions.cancelAll(); // what is on its way may be out of date
+    m_questions.start([this](std::stop_token stop) { return findHost(std::move(stop)); });
+}
+
+/// The service alone shows nothing: it only knows the panel that does, which may come later.
+QCoro::Task<void> TrayWatcher::findHost(std::stop_token stop)
+{
     QDBusMessage ask = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
-    ask << trayService();
-    auto* call = new QDBusPendingCallWatcher(m_bus.asyncCall(ask), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-        const QDBusPendingReply<bool> reply = *call;
-        if (reply.isValid() && reply.value()) {
-            m_onBus = true;
-            update();
-        }
-        call->deleteLater();
-    });
+        trayService(), trayPath(), QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("Get"));
+    ask.setAutoStartService(false);
+    ask << trayService() << QStringLiteral("IsStatusNotifierHostRegistered");
+    const QDBusMessage answer = co_await callBus(m_bus, ask);
+    if (!stop.stop_requested()) {
+        m_onBus = isTrue(answer);
+        update();
+    }
 }
 
 void TrayWatcher::update()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/TaskScope.h"
 #include "ui/linux/SelectionWatcher.h"
 
 #include <QDBusConnection>
@@ -22,8 +23,13 @@ public:
     [[nodiscard]] bool available() const { return m_available; }
     [[nodiscard]] QBindable<bool> bindableAvailable() const { return &m_available; }
 
+private Q_SLOTS:
+    // Qt finds slots for the messages of a bus by their names.
+    void askForHost();
+
 private:
     void watchBus();
+    [[nodiscard]] QCoro::Task<void> findHost(std::stop_token stop);
     void update();
 
     QDBusConnection m_bus;
@@ -32,6 +38,7 @@ private:
     bool m_onBus = false;
     bool m_onScreen = false;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(TrayWatcher, bool, m_available, false)
+    TaskScope m_questions;
 };
 
 } // namespace zelvane

@@ -156,7 +156,7 @@ QList<CapabilityRow> PermissionModel::rows() const
              LOCALIZATION_KEY("The desktop has a place for the icon."),
              LOCALIZATION_KEY("Add a system tray to your panel; GNOME needs the extension "
                               "AppIndicator. Until then start Zelvane Desk again to open its "
-                              "settings.")},
+                              "panel.")},
             found.trayHost),
         row({LOCALIZATION_KEY("Keyring"),
              LOCALIZATION_KEY("Your API keys are kept safe by the desktop."),

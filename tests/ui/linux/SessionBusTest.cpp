@@ -44,6 +44,37 @@ Q_SIGNALS:
     void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 };
 
+const QString trayService = QStringLiteral("org.kde.StatusNotifierWatcher");
+
+/// The service that knows the panel in which tray icons show.
+class FakeTrayService final : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ hasHost)
+
+public:
+    explicit FakeTrayService(QDBusConnection bus)
+    {
+        bus.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
+                           QDBusConnection::ExportAllContents);
+    }
+
+    [[nodiscard]] bool hasHost() const { return m_hasHost; }
+    void setHasHost(bool has)
+    {
+        m_hasHost = has;
+        has ? Q_EMIT StatusNotifierHostRegistered() : Q_EMIT StatusNotifierHostUnregistered();
+    }
+
+Q_SIGNALS:
+    void StatusNotifierHostRegistered();
+    void StatusNotifierHostUnregistered();
+
+private:
+    bool m_hasHost = false;
+};
+
 QString appearanceGroup()
 {
     return QStringLiteral("org.freedesktop.appearance");
@@ -149,15 +180,29 @@ TEST_F(SessionBusTest, worksWithoutAPortalAndWithoutABus)
 
 TEST_F(SessionBusTest, seesATrayThatIsThereAndOneThatComesLate)
 {
-    const QString service = QStringLiteral("org.kde.StatusNotifierWatcher");
+    FakeTrayService tray(m_bus);
+    tray.setHasHost(true);
     const TrayWatcher early(m_clientBus);
     EXPECT_FALSE(early.available());
-    ASSERT_TRUE(m_bus.registerService(service));
+    ASSERT_TRUE(m_bus.registerService(trayService));
     EXPECT_TRUE(waitUntil([&] { return early.available(); }));
     const TrayWatcher late(m_clientBus);
     EXPECT_TRUE(waitUntil([&] { return late.available(); }));
-    ASSERT_TRUE(m_bus.unregisterService(service));
+    ASSERT_TRUE(m_bus.unregisterService(trayService));
     EXPECT_TRUE(waitUntil([&] { return !early.available() && !late.available(); }));
+}
+
+TEST_F(SessionBusTest, aTrayServiceWithoutAPanelIsNoTrayYet)
+{
+    FakeTrayService tray(m_bus);
+    ASSERT_TRUE(m_bus.registerService(trayService));
+    const TrayWatcher watcher(m_clientBus);
+    waitUntil([] { return false; }, std::chrono::milliseconds(200));
+    EXPECT_FALSE(watcher.available());
+    tray.setHasHost(true);
+    EXPECT_TRUE(waitUntil([&] { return watcher.available(); }));
+    tray.setHasHost(false);
+    EXPECT_TRUE(waitUntil([&] { return !watcher.available(); }));
 }
 
 TEST_F(SessionBusTest, takesTheFontWhereQtMayNotKnowIt)
