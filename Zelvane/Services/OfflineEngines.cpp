@@ -6,10 +6,8 @@
 
 namespace zelvane {
 
-OfflineEngines::OfflineEngines(QString root, LlamaServer::Parts parts, AtCreation atCreation)
-    : m_root(std::move(root))
-    , m_parts(std::move(parts))
-    , m_atCreation(atCreation)
+OfflineEngines::OfflineEngines(Parts parts)
+    : m_parts(std::move(parts))
 {
 }
 
@@ -26,10 +24,16 @@ SmartOfflineEngineManager& OfflineEngines::engine(SmartOfflineVariant variant)
 
 std::unique_ptr<SmartOfflineEngineManager> OfflineEngines::make(SmartOfflineVariant variant)
 {
+    const SmartOfflineVariantFacts& facts = factsOf(variant);
+    const SmartOfflineEngineManager::Parts parts{
+        .server = m_parts.server,
+        .defaults = m_parts.defaults,
+        .archiveFolders = m_parts.archiveFolders,
+        .isSelected = [this, &facts] { return m_parts.selectedProvider() == facts.provider; },
+        .stopOthers = [this, variant] { stopAllBut(variant); }};
     auto engine = std::make_unique<SmartOfflineEngineManager>(
-        variant, EngineFiles(m_root, factsOf(variant)),
-        SmartOfflineEngineManager::Parts{m_parts, [this, variant] { stopAllBut(variant); }});
-    if (m_atCreation == AtCreation::sweep) {
+        variant, EngineFiles(m_parts.root, facts), parts);
+    if (m_parts.atCreation == AtCreation::sweep) {
         engine->sweepStrays();
     }
     return engine;
@@ -45,7 +49,7 @@ LocalEngineManager& OfflineEngines::localEngine(LocalEngineManager::Variant vari
 {
     auto& engine = m_localEngines[variant];
     if (!engine) {
-        engine = std::make_unique<LocalEngineManager>(variant, m_root);
+        engine = std::make_unique<LocalEngineManager>(variant, m_parts.root);
     }
     return *engine;
 }
@@ -84,7 +88,7 @@ QCoro::Task<void> OfflineEngines::shutDown()
     constexpr std::chrono::milliseconds interval{10};
     stopAllBut(std::nullopt);
     while (isEnding()) {
-        co_await m_parts.clock.sleep(interval);
+        co_await m_parts.server.clock.sleep(interval);
     }
 }
 

@@ -20,8 +20,18 @@ public:
     /// What an engine does as it is made about servers that an earlier run left.
     enum class AtCreation { sweep, nothing };
 
-    /// `root` holds one folder for each engine. What `parts` names must outlive this object.
-    OfflineEngines(QString root, LlamaServer::Parts parts, AtCreation atCreation);
+    /// All must outlive this object.
+    struct Parts
+    {
+        QString root; ///< see `engineRootDirectory`
+        LlamaServer::Parts server;
+        const UserDefaults& defaults; ///< may name a mirror of the models
+        QStringList archiveFolders;   ///< see `runtimeArchiveFolders`
+        std::function<AIProvider()> selectedProvider;
+        AtCreation atCreation = AtCreation::sweep;
+    };
+
+    explicit OfflineEngines(Parts parts);
     ~OfflineEngines() override;
 
     [[nodiscard]] SmartOfflineEngineManager& engine(SmartOfflineVariant variant);
@@ -53,9 +63,7 @@ private:
     void stopAllBut(std::optional<SmartOfflineVariant> variant);
     [[nodiscard]] bool isEnding() const;
 
-    const QString m_root;
-    const LlamaServer::Parts m_parts;
-    const AtCreation m_atCreation;
+    const Parts m_parts;
     std::map<LocalEngineManager::Variant, std::unique_ptr<LocalEngineManager>> m_localEngines;
     std::map<SmartOfflineVariant, std::unique_ptr<SmartOfflineEngineManager>> m_engines;
 };

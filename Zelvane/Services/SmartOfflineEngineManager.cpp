@@ -9,14 +9,38 @@
 namespace zelvane {
 
 SmartOfflineEngineManager::SmartOfflineEngineManager(SmartOfflineVariant variant, EngineFiles files,
-                                                     Parts parts)
+                                                     const Parts& parts)
     : m_variant(variant)
     , m_files(std::move(files))
-    , m_stopOthers(std::move(parts.stopOthers))
-    , m_server({m_files.server(), m_files.serverFolder(), m_files.model()}, std::move(parts.server))
+    , m_isSelected(parts.isSelected)
+    , m_stopOthers(parts.stopOthers)
+    , m_server({m_files.server(), m_files.serverFolder(), m_files.model()}, parts.server)
+    , m_installer(m_files, installerParts(parts))
     , m_translator(*this)
 {
     refreshStatus();
+}
+
+SmartEngineInstaller::Parts SmartOfflineEngineManager::installerParts(const Parts& parts)
+{
+    return {.state = m_state,
+            .transport = parts.server.transport,
+            .launcher = parts.server.launcher,
+            .clock = parts.server.clock,
+            .defaults = parts.defaults,
+            .archiveFolders = parts.archiveFolders,
+            .stopServer = [this] { stopServer(); },
+            .installed =
+                [this] {
+                    if (m_isSelected()) {
+                        scheduleWarmUp();
+                    }
+                }};
+}
+
+QCoro::Task<void> SmartOfflineEngineManager::install(std::stop_token stop)
+{
+    return m_installer.install(std::move(stop));
 }
 
 void SmartOfflineEngineManager::refreshStatus()

@@ -5,6 +5,7 @@
 #include "Services/EngineState.h"
 #include "Services/LlamaServer.h"
 #include "Services/OfflineTranslator.h"
+#include "Services/SmartEngineInstaller.h"
 #include "foundation/TaskScope.h"
 
 #include <functional>
@@ -20,12 +21,16 @@ public:
     struct Parts
     {
         LlamaServer::Parts server;
+        const UserDefaults& defaults; ///< may name a mirror of the models
+        QStringList archiveFolders;   ///< see `runtimeArchiveFolders`
+        /// Whether the user works with this engine, so that it is warmed up once it is installed.
+        std::function<bool()> isSelected;
         /// Stops the servers of all other engines: only one model may sit in memory.
         std::function<void()> stopOthers;
     };
 
     /// Looks at the disk.
-    SmartOfflineEngineManager(SmartOfflineVariant variant, EngineFiles files, Parts parts);
+    SmartOfflineEngineManager(SmartOfflineVariant variant, EngineFiles files, const Parts& parts);
 
     [[nodiscard]] SmartOfflineVariant variant() const override { return m_variant; }
     [[nodiscard]] const EngineFiles& files() const { return m_files; }
@@ -39,6 +44,11 @@ public:
     void refreshStatus();
     /// The size to show for the engine, in bytes: on the disk, or to be downloaded.
     [[nodiscard]] qint64 displaySizeBytes() const;
+
+    /// Installs what is missing; see `SmartEngineInstaller`, as for the next two.
+    [[nodiscard]] QCoro::Task<void> install(std::stop_token stop = {});
+    void cancelInstall() { m_installer.cancelInstall(); }
+    void deleteEngine() { m_installer.deleteEngine(); }
 
     /// Ends servers that an earlier run of the program left, in the background.
     void sweepStrays();
@@ -59,13 +69,16 @@ public:
     [[nodiscard]] OfflineTranslator& translator() { return m_translator; }
 
 private:
+    [[nodiscard]] SmartEngineInstaller::Parts installerParts(const Parts& parts);
     [[nodiscard]] QCoro::Task<void> warmUp(std::stop_token stop);
 
     const SmartOfflineVariant m_variant;
     const EngineFiles m_files;
+    const std::function<bool()> m_isSelected;
     const std::function<void()> m_stopOthers;
     EngineState m_state;
     LlamaServer m_server;
+    SmartEngineInstaller m_installer;
     OfflineTranslator m_translator;
     TaskScope m_warmUpTask;
     TaskScope m_sweepTask;

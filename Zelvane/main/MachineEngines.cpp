@@ -1,16 +1,20 @@
 #include "main/MachineEngines.h"
 
+#include "Services/RuntimeArchive.h"
 #include "main/Platform.h"
 
 namespace zelvane {
 
-MachineEngines::MachineEngines(const FileSystemLocations& locations, HttpTransport& transport,
-                               Clock& clock, OfflineEngines::AtCreation atCreation)
+MachineEngines::MachineEngines(const Parts& parts)
     : m_launcher(openChildProcesses())
-    , m_processes(openProcessTable(*m_launcher, clock))
-    , m_sweep(*m_processes, clock)
-    , m_engines(engineRootDirectory(locations), {*m_launcher, transport, clock, m_sweep},
-                atCreation)
+    , m_processes(openProcessTable(*m_launcher, parts.clock))
+    , m_sweep(*m_processes, parts.clock)
+    , m_engines({.root = engineRootDirectory(parts.locations),
+                 .server = {*m_launcher, parts.transport, parts.clock, m_sweep},
+                 .defaults = parts.defaults,
+                 .archiveFolders = runtimeArchiveFolders(),
+                 .selectedProvider = [&settings = parts.settings] { return settings.provider(); },
+                 .atCreation = parts.atCreation})
 {
 }
 

@@ -3,6 +3,7 @@
 #include "Services/OfflineEngines.h"
 #include "Services/StraySweep.h"
 #include "pipeline/TranslationDispatch.h"
+#include "settings/AppSettings.h"
 #include "settings/FileSystemLocations.h"
 
 #include <memory>
@@ -14,8 +15,17 @@ class MachineEngines
 {
 public:
     /// All must outlive this object.
-    MachineEngines(const FileSystemLocations& locations, HttpTransport& transport, Clock& clock,
-                   OfflineEngines::AtCreation atCreation);
+    struct Parts
+    {
+        const FileSystemLocations& locations;
+        HttpTransport& transport;
+        Clock& clock;
+        const UserDefaults& defaults;
+        const AppSettings& settings;
+        OfflineEngines::AtCreation atCreation;
+    };
+
+    explicit MachineEngines(const Parts& parts);
 
     /// Puts the engines, which stay owned by this object, among those of a dispatch.
     [[nodiscard]] TranslationDispatch::Engines among(TranslationDispatch::Engines engines);

@@ -17,8 +17,8 @@ ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, Sto
     , m_settings(m_defaults, m_secrets, systemLanguage(currentSystemLocale()).name, &m_worker)
     , m_trace(clock)
     , m_engines(clock, m_defaults, m_trace, {m_defaults, m_secrets})
-    , m_machineEngines(store.locations(), m_engines.transport(), clock,
-                       OfflineEngines::AtCreation::sweep)
+    , m_machineEngines({store.locations(), m_engines.transport(), clock, m_defaults, m_settings,
+                        OfflineEngines::AtCreation::sweep})
     , m_glossary(glossaryFolder(store.applicationSupport()))
     , m_glossaryManager({m_defaults, m_engines.transport(), clock, store.applicationSupport(),
                          glossarySystemLanguage(currentSystemLocale())})

@@ -82,8 +82,8 @@ public:
         , m_trace(m_clock)
         , m_engines(m_clock, overlay, m_trace, {store.defaults(), m_keptSecrets})
         // A server that it finds may well be that of the program on the desktop.
-        , m_machineEngines(store.locations(), m_engines.transport(), m_clock,
-                           OfflineEngines::AtCreation::nothing)
+        , m_machineEngines({store.locations(), m_engines.transport(), m_clock, overlay, m_settings,
+                            OfflineEngines::AtCreation::nothing})
         , m_glossary(glossaryFolder(store.applicationSupport()))
         , m_dispatch(m_settings, overlay, m_trace,
                      m_machineEngines.among(m_engines.forDispatch(&m_glossary)))

@@ -49,8 +49,18 @@ protected:
     FakeChildProcesses children;
     FakeProcessTable processes;
     StraySweep sweep{processes, clock};
-    OfflineEngines engines{
-        root.path(), {children, transport, clock, sweep}, OfflineEngines::AtCreation::nothing};
+    OfflineEngines::Parts parts(OfflineEngines::AtCreation atCreation)
+    {
+        return {.root = root.path(),
+                .server = {children, transport, clock, sweep},
+                .defaults = defaults,
+                .archiveFolders = {},
+                .selectedProvider = [] { return AIProvider::claude; },
+                .atCreation = atCreation};
+    }
+
+    OverlayUserDefaults defaults;
+    OfflineEngines engines{parts(OfflineEngines::AtCreation::nothing)};
 };
 
 TEST_F(OfflineEnginesTest, HasOneEngineForEachOfflineProvider)
@@ -64,8 +74,7 @@ TEST_F(OfflineEnginesTest, HasOneEngineForEachOfflineProvider)
 
 TEST_F(OfflineEnginesTest, MakesAnEngineOnceAndSweepsThenIfItIsTo)
 {
-    OfflineEngines sweeping(root.path(), {children, transport, clock, sweep},
-                            OfflineEngines::AtCreation::sweep);
+    OfflineEngines sweeping(parts(OfflineEngines::AtCreation::sweep));
     EXPECT_EQ(processes.listings, 0);
     (void)sweeping.engine(lmt60_4b);
     (void)sweeping.engine(lmt60_4b);

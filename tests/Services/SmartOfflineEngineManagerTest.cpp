@@ -30,8 +30,12 @@ protected:
     {
         return std::make_unique<SmartOfflineEngineManager>(
             SmartOfflineVariant::lmt60_4b, files,
-            SmartOfflineEngineManager::Parts{{children, transport, clock, sweep},
-                                             [this] { calls += QStringLiteral("others"); }});
+            SmartOfflineEngineManager::Parts{
+                .server = {children, transport, clock, sweep},
+                .defaults = defaults,
+                .archiveFolders = {root.filePath(QStringLiteral("archives"))},
+                .isSelected = [this] { return isSelected; },
+                .stopOthers = [this] { calls += QStringLiteral("others"); }});
     }
     QString log(const SmartOfflineEngineManager& manager) const
     {
@@ -46,6 +50,8 @@ protected:
     FakeChildProcesses children;
     FakeProcessTable processes;
     StraySweep sweep{processes, clock};
+    OverlayUserDefaults defaults;
+    bool isSelected = false;
     QStringList calls;
 };
 
@@ -262,6 +268,58 @@ TEST_F(SmartOfflineEngine, SweepsWhatAnEarlierRunLeft)
     const auto manager = make();
     manager->sweepStrays();
     EXPECT_THAT(processes.calls, ElementsAre(QStringLiteral("terminate 812")));
+}
+
+TEST_F(SmartOfflineEngine, IsWarmedUpOnceItIsInstalledIfTheUserWorksWithIt)
+{
+    writeEngine(files); // all but the record
+    isSelected = true;
+    const auto manager = make();
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::NotInstalled{}));
+    await(manager->install());
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::Ready{}));
+    EXPECT_EQ(launches(), 1U);
+}
+
+TEST_F(SmartOfflineEngine, IsNotWarmedUpForAUserOfAnother)
+{
+    writeEngine(files);
+    const auto manager = make();
+    await(manager->install());
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::Ready{}));
+    EXPECT_EQ(launches(), 0U);
+}
+
+TEST_F(SmartOfflineEngine, ADeletedEngineHasNoServer)
+{
+    install();
+    const auto manager = make();
+    manager->scheduleWarmUp();
+    transport.health = 200;
+    clock.advance(250ms);
+    ASSERT_TRUE(manager->server().isRunning());
+    manager->deleteEngine();
+    EXPECT_FALSE(manager->server().isRunning());
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::NotInstalled{}));
+    EXPECT_EQ(manager->state().diskUsageBytes.value(), 0);
+    EXPECT_FALSE(QFile::exists(files.folder()));
+}
+
+TEST_F(SmartOfflineEngine, AFailedInstallationRecoversWithTheFiles)
+{
+    const auto manager = make();
+    await(manager->install()); // there is no archive
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::Failed{QStringLiteral(
+                                     "Bundled llama.cpp was not found in the app.")}));
+    manager->refreshStatus();
+    EXPECT_TRUE(manager->state().is<engine_status::Failed>());
+    install();
+    QFile::remove(files.unpackingMark());
+    manager->refreshStatus();
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::Ready{}));
+    ASSERT_TRUE(QFile::resize(files.model(), 5));
+    manager->refreshStatus();
+    EXPECT_EQ(manager->status(), EngineStatus(engine_status::NotInstalled{}));
 }
 
 TEST_F(SmartOfflineEngine, MayGoInTheMiddleOfAWarmUp)
