@@ -62,6 +62,27 @@ TEST(CommandLine, saysWhatIsWrong)
               QStringLiteral("unknown command \"nonsense\""));
 }
 
+TEST(CommandLine, knowsEveryCommandAndHasAHelpForIt)
+{
+    const std::pair<const char*, Command> table[] = {
+        {"translate", Command::translate}, {"models", Command::models},
+        {"glossary", Command::glossary},   {"defaults", Command::defaults},
+        {"service", Command::service},     {"trigger", Command::trigger},
+        {"show", Command::show},           {"status", Command::status},
+    };
+    for (const auto& [name, command] : table) {
+        const auto line = parseCommandLine({QString::fromUtf8(name)});
+        ASSERT_TRUE(line) << name;
+        EXPECT_EQ(line->command, command) << name;
+        EXPECT_TRUE(helpText(command).startsWith(
+            QStringLiteral("Usage: zelvane-desk [--profile DIR] ") + QString::fromUtf8(name)))
+            << name;
+        EXPECT_TRUE(helpText(Command::help)
+                        .contains(u'\n' + QStringLiteral("  ") + QString::fromUtf8(name) + u' '))
+            << name;
+    }
+}
+
 TEST(CommandLine, helpAndVersionAreAskedForInTheUsualWays)
 {
     EXPECT_EQ(parseCommandLine({QStringLiteral("--help")})->command, Command::help);

@@ -1,6 +1,7 @@
 #include "desktop/ServicesProvider.h"
 
 #include "desktop/FakeDesktop.h"
+#include "desktop/HeldEngine.h"
 #include "pipeline/TranslationError.h"
 #include "support/Await.h"
 #include "support/FakeSecretBackend.h"
@@ -33,32 +34,6 @@ public:
 
     std::optional<QString> content;
     QStringList log;
-};
-
-/// Answers at once, or when the test decides.
-class HeldEngine final : public TranslationEngine
-{
-public:
-    [[nodiscard]] QCoro::Task<QString> translate(TranslationRequest request,
-                                                 std::stop_token stop) override
-    {
-        requests << request;
-        if (failure) {
-            std::rethrow_exception(failure);
-        }
-        if (answer) {
-            const QString copy = *answer; // a member would be emptied
-            co_return copy;
-        }
-        const Completion<QString> current = pending;
-        const std::stop_callback onStop(stop, [current] { current.fail(CancellationError()); });
-        co_return co_await current.result();
-    }
-
-    QList<TranslationRequest> requests;
-    std::optional<QString> answer = QStringLiteral("Hallo Welt");
-    std::exception_ptr failure;
-    Completion<QString> pending;
 };
 
 class Services : public ::testing::Test
@@ -240,7 +215,7 @@ TEST_F(Services, aTranslationThatTakesLongerFailsAndItsResultChangesNothing)
     outOfTime = true;
     EXPECT_EQ(call(&ServicesProvider::translatePair1UI, "hello"),
               QStringLiteral("Translation timed out after 60 seconds."));
-    engine.pending.succeed(QStringLiteral("late"));
+    engine.finishAll(QStringLiteral("late"));
     QCoreApplication::sendPostedEvents();
     expectUntouched();
     EXPECT_EQ(pasteboard.content, QStringLiteral("hello"));
@@ -255,7 +230,7 @@ TEST_F(Services, theInterfaceStaysFreeDuringTheWait)
     QTimer heartbeat;
     QObject::connect(&heartbeat, &QTimer::timeout, &heartbeat, [&] {
         if (++turns == 3) {
-            engine.pending.succeed(QStringLiteral("Hallo Welt"));
+            engine.finishAll(QStringLiteral("Hallo Welt"));
         }
     });
     heartbeat.start(5);
@@ -294,7 +269,7 @@ TEST_F(Services, onTheMainThreadAnEngineThatNeedsItRunsIntoTheTimeLimit)
 {
     engine.answer.reset();
     QMetaObject::invokeMethod(
-        qApp, [this] { engine.pending.succeed(QStringLiteral("late")); }, Qt::QueuedConnection);
+        qApp, [this] { engine.finishAll(QStringLiteral("late")); }, Qt::QueuedConnection);
     ServicesProvider own({settings, dispatch, trace, windows},
                          [](std::binary_semaphore& end, std::chrono::milliseconds) {
                              return end.try_acquire_for(50ms);

@@ -92,9 +92,13 @@ TEST_F(OptionMenu, pressDragAndReleaseChoosesInOneGo)
     session.openEditor("hello world");
     mouse({"mousemove", "300", "200", "keydown", "alt", "mousedown", "3"});
     const QRect menu = menuFrame();
-    mouse(
-        {"mousemove", QByteArray::number(menu.center().x()), QByteArray::number(menu.top() + 12)});
-    mouse({"mousemove_relative", "2", "2", "mouseup", "3", "keyup", "alt"});
+    // As slow as a hand: the menu takes the pointer a moment after it shows.
+    QByteArrayList drag;
+    for (int step = 0; step < 8; ++step) {
+        drag << "mousemove" << QByteArray::number(menu.center().x() + step)
+             << QByteArray::number(menu.top() + 10 + step) << "sleep" << "0.06";
+    }
+    mouse(drag + QByteArrayList{"mouseup", "3", "keyup", "alt"});
     session.waitForReport();
     EXPECT_EQ(session.editorText(), "Hallo Welt");
 }

@@ -31,6 +31,9 @@ RunningProgramError failureOf(const QDBusMessage& reply)
         return RunningProgramError(QStringLiteral("Zelvane Desk could not be started: ") +
                                    error.message());
     }
+    if (error.name() == QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner")) {
+        return notRunning();
+    }
     switch (error.type()) {
     case QDBusError::ServiceUnknown:
         return notRunning();

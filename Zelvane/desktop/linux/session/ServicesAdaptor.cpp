@@ -77,8 +77,9 @@ QString ServicesAdaptor::run(ServicesProvider::Entry entry, const QString& text,
 {
     call.setDelayedReply(true);
     if (text.size() > longestText) {
-        m_bus.send(call.createErrorReply(busError::textTooLarge(),
-                                         QStringLiteral("The text is larger than 16 MiB.")));
+        m_bus.send(
+            call.createErrorReply(busError::textTooLarge(),
+                                  QStringLiteral("The text has more than a million characters.")));
         return {};
     }
     if (m_running >= mostCalls) {

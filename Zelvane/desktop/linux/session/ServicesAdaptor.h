@@ -21,8 +21,8 @@ class ServicesAdaptor final : public QDBusAbstractAdaptor
 public:
     /// More calls at a time are turned away: none has to wait for another one's 60 seconds.
     static constexpr int mostCalls = 16;
-    /// In UTF-16 units.
-    static constexpr qsizetype longestText = 16 * 1024 * 1024;
+    /// In UTF-16 units. No engine gets through more in 60 seconds.
+    static constexpr qsizetype longestText = 1'000'000;
 
     /// `provider` must outlive the adaptor.
     ServicesAdaptor(QObject* object, ServicesProvider& provider, const QDBusConnection& bus);
