@@ -17,12 +17,16 @@ constexpr const char* table = "simple_translation";
 /// The steps of the database's machine between two pauses: a fraction of a millisecond.
 constexpr int stepsPerPause = 1000;
 
+/// Enough to read the definitions of two thousand tables and indexes; a dictionary has dozens. The
+/// time that SQLite takes for them grows with the square of their number.
+constexpr qint64 pausesForSchema = 20;
+
 /// The smallest row takes some 8 bytes of the file and some 8 steps. A file whose pages lead back
 /// to one another may seem to hold any number of rows.
 qint64 mostPauses(qint64 fileSize)
 {
     constexpr qint64 stepsPerByte = 4;
-    constexpr qint64 leastSteps = 10'000'000;
+    constexpr qint64 leastSteps = 1'000'000;
     return (leastSteps + fileSize * stepsPerByte) / stepsPerPause;
 }
 
@@ -73,7 +77,7 @@ void DictionaryReader::Close::operator()(sqlite3_stmt* statement) const
 
 DictionaryReader::DictionaryReader(const QString& path, std::stop_token stop)
     : m_stop(std::move(stop))
-    , m_pausesLeft(mostPauses(QFileInfo(path).size()))
+    , m_pausesLeft(pausesForSchema)
 {
     open(path);
     limit();
@@ -81,8 +85,10 @@ DictionaryReader::DictionaryReader(const QString& path, std::stop_token stop)
     m_rows = prepare("select written_rep, trans_list, max_score from simple_translation\n"
                      "where max_score >= " +
                      QByteArray::number(minimumScore, 'f', 1));
+    const qint64 size = QFileInfo(path).size();
+    m_pausesLeft = mostPauses(size);
     refuseComputedColumns();
-    refuseMissingEnd(QFileInfo(path).size());
+    refuseMissingEnd(size);
 }
 
 DictionaryReader::~DictionaryReader() = default;
@@ -201,9 +207,11 @@ void DictionaryReader::fail()
     if (m_stop.stop_requested()) {
         throw CancellationError();
     }
-    throw GlossaryError::preparationFailed(
-        m_pausesLeft < 0 ? QStringLiteral("too many rows for its size")
-                         : QString::fromUtf8(sqlite3_errmsg(m_database.get())));
+    if (m_pausesLeft < 0) {
+        throw GlossaryError::preparationFailed(m_rows ? QStringLiteral("more rows than its size")
+                                                      : QStringLiteral("too many tables"));
+    }
+    throw GlossaryError::preparationFailed(QString::fromUtf8(sqlite3_errmsg(m_database.get())));
 }
 
 int DictionaryReader::pause(void* reader)

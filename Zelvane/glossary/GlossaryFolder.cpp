@@ -49,8 +49,11 @@ void GlossaryFolder::tidy() const
 {
     std::ignore = makePrivateDirectory(m_edition);
     removeOtherEditions();
+    if (!QFileInfo::exists(m_downloads)) {
+        return;
+    }
     try {
-        if (QFileInfo::exists(m_downloads) && tryLock()) {
+        if (const auto lock = tryLock()) {
             removeLeftovers();
         }
     } catch (const FileError&) {

@@ -262,6 +262,39 @@ TEST_F(DictionaryConversion, refusesComputedColumns)
     EXPECT_EQ(refusal(), "computed columns");
 }
 
+/// A dictionary with this number of other definitions, which SQLite reads before anything else.
+QByteArray dictionaryWithDefinitions(int count)
+{
+    return publishedTable +
+           QByteArrayLiteral("insert into simple_translation values ('a', 'b', 5, 0);"
+                             "pragma writable_schema=on;"
+                             "insert into sqlite_schema with recursive n(i) as"
+                             " (select 1 union all select i + 1 from n where i < ") +
+           QByteArray::number(count) +
+           ") select 'view', 'v' || i, 'v' || i, 0, 'create view v' || i || ' as select 1' from n";
+}
+
+TEST_F(DictionaryConversion, refusesMoreDefinitionsThanADictionaryCanHave)
+{
+    makeDatabase(database, dictionaryWithDefinitions(1000));
+    EXPECT_EQ(refusal(), "");
+    database = path("many.sqlite3");
+    makeDatabase(database, dictionaryWithDefinitions(5000));
+    EXPECT_EQ(refusal(), "too many tables");
+}
+
+TEST_F(DictionaryConversion, refusesViewsThatMultiply)
+{
+    QByteArray sql = "pragma synchronous=off; create table v0(written_rep, trans_list, max_score);";
+    for (int i = 1; i <= 40; ++i) {
+        const QByteArray name = i == 40 ? "simple_translation" : "v" + QByteArray::number(i);
+        const QByteArray before = "v" + QByteArray::number(i - 1);
+        sql += "create view " + name + " as select a.* from " + before + " a, " + before + " b;";
+    }
+    makeDatabase(database, sql);
+    EXPECT_NE(refusal(), "");
+}
+
 TEST_F(DictionaryConversion, refusesHugeValues)
 {
     writeFile(tsv, "earlier\n");
@@ -296,8 +329,8 @@ QByteArray withRepeatedPages(QByteArray database, qsizetype pageSize)
     };
     const QList<qsizetype> pages = innerPages(database, pageSize);
     const QByteArray leaf = database.sliced(pages.last() + 8, 4);
-    for (qsizetype i = 0; i < pages.size() && i < 12; ++i) {
-        const bool isLast = i + 1 == pages.size() || i + 1 == 12;
+    for (qsizetype i = 0; i < pages.size(); ++i) {
+        const bool isLast = i + 1 == pages.size();
         const QByteArray next = isLast ? leaf : pageNumber(pages[i + 1]);
         database.replace(pages[i] + 8, 4, next);
         const int cells = number(pages[i] + 3);
@@ -312,14 +345,14 @@ TEST_F(DictionaryConversion, givesUpOnADatabaseThatRepeatsItsRowsForever)
 {
     constexpr qsizetype pageSize = 512;
     makeDatabase(database, "pragma page_size=512; vacuum");
-    makeLargeDictionary(database, 20'000);
-    ASSERT_GT(innerPages(contentsOf(database), pageSize).size(), 12);
+    makeLargeDictionary(database, 4'000);
+    ASSERT_GT(innerPages(contentsOf(database), pageSize).size(), 5);
     writeFile(database, withRepeatedPages(contentsOf(database), pageSize));
     EXPECT_EQ(refusal(), "more text than its size");
 
     makeDatabase(path("low.sqlite3"), "pragma page_size=512; vacuum");
     database = path("low.sqlite3");
-    makeLargeDictionary(database, 20'000);
+    makeLargeDictionary(database, 4'000);
     makeDatabase(database, "update simple_translation set max_score = 1");
     writeFile(database, withRepeatedPages(contentsOf(database), pageSize));
     EXPECT_EQ(refusal(), "empty dictionary");

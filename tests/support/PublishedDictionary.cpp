@@ -20,13 +20,14 @@ void makeDatabase(const QString& path, const QByteArray& sql)
 
 void makeDictionary(const QString& path, const QByteArray& rows)
 {
-    makeDatabase(path, publishedTable +
+    makeDatabase(path, QByteArrayLiteral("pragma synchronous=off;") + publishedTable +
                            QByteArrayLiteral("insert into simple_translation values ") + rows);
 }
 
 void makeLargeDictionary(const QString& path, int count)
 {
-    makeDatabase(path, QByteArrayLiteral("pragma journal_mode=off;") + publishedTable +
+    makeDatabase(path, QByteArrayLiteral("pragma journal_mode=off; pragma synchronous=off;") +
+                           publishedTable +
                            "insert into simple_translation "
                            "with recursive numbers(i) as "
                            "(select 1 union all select i + 1 from numbers where i < " +
