@@ -68,22 +68,6 @@ char32_t firstCodePoint(QStringView text)
     return isPair ? QChar::surrogateToUcs4(text[0], text[1]) : text[0].unicode();
 }
 
-/// Whether the unit neither joins what stands before it nor what comes behind it, by itself.
-bool standsAlone(QChar unit)
-{
-    if (unit < QChar(0x80)) {
-        return unit != u'\r' && unit != u'\n'; // the two together are one character
-    }
-    return !unit.isSurrogate() &&
-           u_getIntPropertyValue(unit.unicode(), UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
-}
-
-/// Whether the first unit is sure to be the first user-perceived character, as mostly it is.
-bool startsWithSingleUnit(QStringView text)
-{
-    return !text.isEmpty() && standsAlone(text[0]) && (text.size() == 1 || standsAlone(text[1]));
-}
-
 constexpr char16_t lowerCasedAscii(char16_t unit)
 {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
@@ -100,6 +84,13 @@ bool isCharacterByItself(QChar unit)
     return (c >= 0x370 && c < 0x483) || (c >= 0x48a && c < 0x530) || // but not what combines
            (c >= 0x2010 && c < 0x2028) || (c >= 0x3041 && c < 0x3097) ||
            (c >= 0x30a0 && c < 0x3100) || (c >= 0x4e00 && c < 0xa000);
+}
+
+/// Whether the first unit is sure to be the first user-perceived character, as mostly it is.
+bool startsWithSingleUnit(QStringView text)
+{
+    return !text.isEmpty() && isCharacterByItself(text[0]) &&
+           (text.size() == 1 || isCharacterByItself(text[1]));
 }
 
 icu::UnicodeString toIcu(const QString& text)
