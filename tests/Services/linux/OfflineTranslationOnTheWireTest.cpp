@@ -1,63 +1,28 @@
 // Whole texts through a real server process: its moods, its ends, and what a stop leaves of it.
 
-#include "Services/CompletionRequest.h"
-#include "Services/LlamaServer.h"
-#include "Services/OfflineTranslator.h"
+#include "Services/SmartOfflineEngineManager.h"
 #include "Services/linux/LinuxChildProcesses.h"
 #include "Services/linux/PsProcessTable.h"
 #include "foundation/SystemClock.h"
 #include "http/NetworkHttpTransport.h"
 #include "pipeline/TranslationError.h"
 #include "support/Await.h"
+#include "support/llama/EngineFolder.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <csignal>
 
-namespace zelvane {
+namespace zelvane::test {
 namespace {
 
-using test::await;
-using test::waitUntil;
-using ::testing::SizeIs;
-
-/// A model behind the real server's process, socket and format.
-class ServedModel final : public CompletionSource
-{
-public:
-    ServedModel(SmartOfflineVariant variant, LlamaServer& server)
-        : m_variant(variant)
-        , m_server(server)
-    {
-    }
-
-    [[nodiscard]] SmartOfflineVariant variant() const override { return m_variant; }
-    [[nodiscard]] EngineStatus status() const override { return engine_status::Ready{}; }
-    [[nodiscard]] QCoro::Task<std::optional<int>> recordedRevision(std::stop_token) override
-    {
-        co_return std::nullopt;
-    }
-    [[nodiscard]] QCoro::Task<void> ensureServer(GpuLayers layers, std::stop_token stop) override
-    {
-        return m_server.ensure(layers, stop);
-    }
-    [[nodiscard]] QCoro::Task<QString> requestCompletion(ModelJob job, Attempt attempt,
-                                                         std::stop_token stop) override
-    {
-        const QByteArray body = co_await m_server.completion(completionRequest(job, attempt), stop);
-        co_return completionText(body);
-    }
-
-private:
-    SmartOfflineVariant m_variant;
-    LlamaServer& m_server;
-};
+using namespace std::chrono_literals;
 
 QString numbered(int count, const QString& prefix = {})
 {
@@ -71,36 +36,42 @@ QString numbered(int count, const QString& prefix = {})
 class OfflineTranslationOnTheWire : public ::testing::Test
 {
 protected:
-    OfflineTranslationOnTheWire()
+    explicit OfflineTranslationOnTheWire(
+        SmartOfflineVariant variant = SmartOfflineVariant::hyMT2_7b)
+        : m_facts(smallFacts(variant))
+        , folder(m_root.path(), m_facts.folder, m_facts.modelFile, m_facts.expectedModelBytes)
     {
-        QFile::link(QStringLiteral(ZELVANE_FAKE_LLAMA_SERVER), files.program);
-        write(files.model, "GGUF" + QByteArray(60, '\0'));
+        folder.writeReady();
+        script("{}");
+        manager = std::make_unique<SmartOfflineEngineManager>(
+            variant, EngineFiles(m_root.path(), m_facts),
+            SmartOfflineEngineManager::Parts{{m_launcher, m_transport, m_clock, m_sweep}, [] {}});
     }
     ~OfflineTranslationOnTheWire() override
     {
-        const auto pid = server.pid();
-        server.stop();
-        EXPECT_TRUE(waitUntil([&] { return !pid || ::kill(*pid, 0) != 0; }));
+        const auto pid = manager->server().pid();
+        manager->stopServer();
+        EXPECT_TRUE(!pid || hasGone(*pid));
     }
 
-    static void write(const QString& path, const QByteArray& bytes)
+    static bool hasGone(qint32 pid)
     {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        return waitUntil([pid] { return ::kill(pid, 0) != 0; }, 5s);
     }
-    void script(QByteArray json)
+
+    /// What the server does from its next start on, beside putting "> " before each line.
+    void script(const QByteArray& json)
     {
-        json.chop(1);
-        write(folder.filePath(QStringLiteral("llama-script.json")),
-              json + (json.size() > 1 ? "," : "") + R"("prefix":"> ","record":")" +
-                  record.toUtf8() + "\"}");
+        QJsonObject entries = QJsonDocument::fromJson(json).object();
+        entries.insert(QStringLiteral("prefix"), QStringLiteral("> "));
+        folder.script(QJsonDocument(entries).toJson());
     }
 
     QCoro::Task<QString> start(const QString& text, std::stop_token stop = {})
     {
-        return translator.translateOffline(text, QStringLiteral("English (US)"),
-                                           QStringLiteral("German"), {}, {}, stop);
+        const QMap<QString, QStringList> hints{{QStringLiteral("LINE"), {QStringLiteral("x")}}};
+        return manager->translator().translateOffline(text, QStringLiteral("English (US)"),
+                                                      QStringLiteral("Norwegian"), {}, hints, stop);
     }
     QString translated(const QString& text) { return await(start(text)); }
     /// The translation, or the description of what it fails with.
@@ -112,51 +83,56 @@ protected:
             return error.description();
         }
     }
-    /// The requests for a completion that the server has noted.
-    std::vector<QJsonObject> requests() const
+    /// How many completions the server was asked for.
+    qsizetype requests() const
     {
-        QFile file(record);
-        if (!file.open(QIODevice::ReadOnly)) {
-            return {};
-        }
-        std::vector<QJsonObject> found;
-        for (const QByteArray& line : file.readAll().split('\n')) {
-            const QJsonObject entry = QJsonDocument::fromJson(line).object();
-            if (entry.value(u"target").toString() == u"/v1/chat/completions") {
-                found.push_back(entry);
-            }
-        }
-        return found;
+        return std::ranges::count_if(folder.recorded("request"), [](const QByteArray& line) {
+            return line.contains("/chat/completions");
+        });
     }
 
-    QTemporaryDir folder;
-    const QString record = folder.filePath(QStringLiteral("record"));
-    const LlamaServerFiles files{folder.filePath(QStringLiteral("llama-server")), folder.path(),
-                                 folder.filePath(QStringLiteral("model.gguf"))};
-    SystemClock clock;
-    LinuxChildProcesses launcher;
-    NetworkHttpTransport transport{clock};
-    PsProcessTable processes{launcher, clock};
-    StraySweep sweep{processes, clock};
-    LlamaServer server{files, {launcher, transport, clock, sweep}};
-    ServedModel model{SmartOfflineVariant::hyMT2_7b, server};
-    OfflineTranslator translator{model};
+private:
+    static SmartOfflineVariantFacts smallFacts(SmartOfflineVariant variant)
+    {
+        SmartOfflineVariantFacts facts = factsOf(variant);
+        facts.expectedModelBytes = 100;
+        return facts;
+    }
+
+    QTemporaryDir m_root;
+    SmartOfflineVariantFacts m_facts;
+    SystemClock m_clock;
+    LinuxChildProcesses m_launcher;
+    NetworkHttpTransport m_transport{m_clock};
+    PsProcessTable m_processes{m_launcher, m_clock};
+    StraySweep m_sweep{m_processes, m_clock};
+
+protected:
+    EngineFolder folder;
+    std::unique_ptr<SmartOfflineEngineManager> manager;
 };
 
-TEST_F(OfflineTranslationOnTheWire, everyFamilyUnderstandsItsWording)
+class Family : public OfflineTranslationOnTheWire,
+               public ::testing::WithParamInterface<SmartOfflineVariant>
 {
-    script("{}");
-    for (const SmartOfflineVariant variant : smartOfflineVariants()) {
-        ServedModel other(variant, server);
-        OfflineTranslator others(other);
-        const QString text = numbered(10) + QStringLiteral("\n\n") + numbered(2);
-        EXPECT_EQ(await(others.translateOffline(
-                      text, QStringLiteral("English (US)"), QStringLiteral("Norwegian"), {},
-                      {{QStringLiteral("LINE"), {QStringLiteral("x")}}}, {})),
-                  numbered(10, QStringLiteral("> ")) + QStringLiteral("\n\n") +
-                      numbered(2, QStringLiteral("> ")));
+protected:
+    Family()
+        : OfflineTranslationOnTheWire(GetParam())
+    {
     }
+};
+
+TEST_P(Family, understandsItsWording)
+{
+    const QString text = numbered(10) + QStringLiteral("\n\n") + numbered(2);
+    EXPECT_EQ(translated(text), numbered(10, QStringLiteral("> ")) + QStringLiteral("\n\n") +
+                                    numbered(2, QStringLiteral("> ")));
+    EXPECT_EQ(translated(QStringLiteral("<b>line</b>")), QStringLiteral("> <b>line</b>"));
+    EXPECT_EQ(translated(QStringLiteral("Good morning")), QStringLiteral("> Good morning"));
 }
+
+INSTANTIATE_TEST_SUITE_P(OfflineTranslationOnTheWire, Family,
+                         ::testing::ValuesIn(smartOfflineVariants()));
 
 class Mood : public OfflineTranslationOnTheWire, public ::testing::WithParamInterface<const char*>
 {
@@ -187,7 +163,7 @@ TEST_F(OfflineTranslationOnTheWire, aRefusalOfTheServerIsTold)
     script(R"({"moods":["refuse"]})");
     const QString told = outcome(QStringLiteral("Good morning"));
     EXPECT_TRUE(told.startsWith(QStringLiteral("API error 503: "))) << told.toStdString();
-    EXPECT_THAT(requests(), SizeIs(2));
+    EXPECT_EQ(requests(), 2);
 }
 
 TEST_F(OfflineTranslationOnTheWire, aServerThatDiesFailsTheTextAndServesTheNext)
@@ -203,22 +179,22 @@ TEST_F(OfflineTranslationOnTheWire, aStopLeavesTheServerFreeToEnd)
     script(R"({"moods":["silence"]})");
     std::stop_source stop;
     auto call = start(numbered(40), stop.get_token());
-    ASSERT_TRUE(waitUntil([this] { return requests().size() == 4; }));
+    ASSERT_TRUE(waitUntil([this] { return requests() == 4; }));
     stop.request_stop();
     EXPECT_THROW(await(std::move(call)), CancellationError);
-    EXPECT_THAT(requests(), SizeIs(4));
+    EXPECT_EQ(requests(), 4);
     // With a client that still waits it would not go.
-    const qint32 pid = server.pid().value();
+    const qint32 pid = manager->server().pid().value();
     ::kill(pid, SIGTERM);
-    EXPECT_TRUE(waitUntil([&] { return ::kill(pid, 0) != 0; }, std::chrono::seconds(5)));
+    EXPECT_TRUE(hasGone(pid));
 }
 
 TEST_F(OfflineTranslationOnTheWire, aServerThatIsStoppedFailsTheText)
 {
     script(R"({"answerAfterMs":50})");
     auto call = start(numbered(400));
-    ASSERT_TRUE(waitUntil([this] { return requests().size() >= 8; }));
-    server.stop();
+    ASSERT_TRUE(waitUntil([this] { return requests() >= 8; }));
+    manager->stopServer();
     try {
         await(std::move(call));
         FAIL();
@@ -250,10 +226,9 @@ TEST_F(OfflineTranslationOnTheWire, keepsFourRequestsInFlight)
 
 TEST_F(OfflineTranslationOnTheWire, survivesTextThatIsNotUnicode)
 {
-    script("{}");
     const QString half(QChar(0xd83d));
     EXPECT_EQ(translated(half + QStringLiteral(" world")), QStringLiteral("> \ufffd world"));
 }
 
 } // namespace
-} // namespace zelvane
+} // namespace zelvane::test
