@@ -25,9 +25,9 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start,
     , m_shell(m_interface.windows(), m_interface.activationPolicy(), m_settingsWindow, m_permission,
               launchSteps(),
               {[] { return std::nullopt; }, [this] { return m_interface.manualWindow(); }})
-    , m_settingsScene(m_interface, {m_settingsWindow, m_model.bindableAccessibilityState(), desktop,
-                                    core.clock(), [this] { m_permission.relaunch(); },
-                                    [this] { m_shell.settingsDisappeared(); }})
+    , m_settingsScene(m_interface,
+                      {core, m_settingsWindow, m_model, m_hotKeys, m_optionMenu, desktop,
+                       m_permission, [this] { m_shell.settingsDisappeared(); }})
     , m_services({core.settings(), core.dispatch(), core.trace(), m_interface})
     , m_control({core.settings(), m_model, m_interface}, controlActions())
     , m_loginItem(openLoginItem(loginCommand, core.worker()))

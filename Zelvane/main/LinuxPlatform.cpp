@@ -3,6 +3,7 @@
 #include "desktop/AbsentDesktop.h"
 #include "desktop/linux/AutostartLoginItem.h"
 #include "desktop/linux/ClipboardExchange.h"
+#include "desktop/linux/KeyCodes.h"
 #include "desktop/linux/X11AccessibilityPlatform.h"
 #include "desktop/linux/X11HotKeyRegistrar.h"
 #include "desktop/linux/X11KeystrokePoster.h"
@@ -166,6 +167,16 @@ std::unique_ptr<LoginItem> openLoginItem(const QStringList& command, Worker& wor
 std::unique_ptr<Desktop> openDesktop(Clock& clock, DesktopRequests requests)
 {
     return std::make_unique<LinuxDesktop>(clock, std::move(requests));
+}
+
+std::optional<quint32> virtualCodeOfKeyEvent(const QKeyEvent& event)
+{
+    // The symbol says which key the user means on this layout; with Shift it is that of another
+    // one, and the key's place decides.
+    if (const auto code = virtualCodeForSymbol(event.nativeVirtualKey())) {
+        return code;
+    }
+    return virtualCodeForPosition(xcb_keycode_t(event.nativeScanCode()));
 }
 
 } // namespace zelvane

@@ -16,6 +16,7 @@
 #include "foundation/Worker.h"
 #include "settings/SecretBackend.h"
 
+#include <QKeyEvent>
 #include <QObject>
 #include <QString>
 
@@ -125,5 +126,9 @@ offerToSession(const QString& profile, ServicesProvider& services, ProgramContro
 /// The application object must exist.
 [[nodiscard]] std::expected<std::unique_ptr<RunningProgram>, QString>
 reachRunningProgram(const QString& profile);
+
+/// The virtual code, as stored chords have it, of the key of a press in one of the program's
+/// windows; none for a key that chords can't be made of.
+[[nodiscard]] std::optional<quint32> virtualCodeOfKeyEvent(const QKeyEvent& event);
 
 } // namespace zelvane

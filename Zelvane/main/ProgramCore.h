@@ -39,6 +39,7 @@ public:
     [[nodiscard]] GlossaryStore& glossary() { return m_glossary; }
     [[nodiscard]] GlossaryManager& glossaryManager() { return m_glossaryManager; }
     [[nodiscard]] TranslationDispatch& dispatch() { return m_dispatch; }
+    [[nodiscard]] OnlineEngines& onlineEngines() { return m_engines; }
     [[nodiscard]] OfflineEngines& offlineEngines() { return m_machineEngines.engines(); }
     [[nodiscard]] HostedStartUp& hostedStartUp() { return m_hostedStartUp; }
 

@@ -2,7 +2,7 @@
 
 #include "ui/linux/LinuxSessionInspector.h"
 #include "ui/permission/PermissionModel.h"
-#include "ui/permission/PermissionWindow.h"
+#include "ui/settings/SettingsView.h"
 
 #include <QClipboard>
 #include <QDBusConnection>
@@ -12,6 +12,28 @@
 
 namespace zelvane {
 
+namespace {
+
+void copyText(const QString& text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
+
+/// Whether the chord can't be registered while the program's own shortcuts are suspended.
+bool isHeldElsewhere(HotKeyRegistrar& registrar, const KeyChord& chord)
+{
+    // An id that no shortcut of the program has.
+    const HotKeyID probe{HotKeyManager::hotKeySignature, HotKeyManager::manualHotKeyID + 1};
+    const auto reference = registrar.registerHotKey(chord, probe);
+    if (!reference) {
+        return true;
+    }
+    registrar.unregisterHotKey(*reference);
+    return false;
+}
+
+} // namespace
+
 struct SettingsScene::Parts
 {
     Parts(UserInterface& interface, const Links& links)
@@ -19,17 +41,84 @@ struct SettingsScene::Parts
                     {[&desktop = links.desktop] { return desktop.inputAbilities().pressesKeys; },
                      [&desktop = links.desktop] { return desktop.inputAbilities().watchesKeys; },
                      interface.trayAvailable()})
-        , model(links.state, inspector, links.clock,
-                {links.relaunch,
-                 [](const QString& text) { QGuiApplication::clipboard()->setText(text); }})
-        , window(model, interface.theme())
+        , permission(links.model.bindableAccessibilityState(), inspector, links.core.clock(),
+                     {[&links] { links.permission.relaunch(); }, copyText})
+        , services(servicesOf(interface, links))
+        , view(interface.theme(), services, links.core.clock())
     {
-        QObject::connect(&window, &PermissionWindow::disappeared, &window, links.disappeared);
+        QObject::connect(&view, &SettingsView::appeared, &view, [this, &links] { appear(links); });
+        QObject::connect(&view, &SettingsView::disappeared, &view, links.disappeared);
+    }
+
+    void appear(const Links& links)
+    {
+        if (links.settings.takePendingSection() == SettingsWindow::PendingSection::accessibility) {
+            view.select(SettingsCategory::accessibility);
+        }
+        links.permission.schedulePrompt();
+    }
+
+    [[nodiscard]] EngineControls controlsOf(OfflineEngines& engines, SmartOfflineVariant variant)
+    {
+        SmartOfflineEngineManager& engine = engines.engine(variant);
+        engine.refreshStatus();
+        return {.state = &engine.state(),
+                .install =
+                    [this, &engine] {
+                        installs.start(
+                            [&engine](std::stop_token stop) { return engine.install(stop); });
+                    },
+                .cancelInstall = [&engine] { engine.cancelInstall(); },
+                .deleteEngine = [&engine] { engine.deleteEngine(); },
+                .displaySizeBytes = [&engine] { return engine.displaySizeBytes(); }};
+    }
+
+    [[nodiscard]] SettingsServices servicesOf(UserInterface& interface, const Links& links)
+    {
+        ProgramCore& core = links.core;
+        return {
+            .settings = core.settings(),
+            .defaults = core.defaults(),
+            .fetchModels =
+                [&core](AIProvider provider, QString key, std::stop_token stop) {
+                    return core.onlineEngines().models().fetchRemoteModels(provider, std::move(key),
+                                                                           std::move(stop));
+                },
+            .engine =
+                [this, &core](SmartOfflineVariant variant) {
+                    return controlsOf(core.offlineEngines(), variant);
+                },
+            .providerPicked =
+                [&core](AIProvider provider) { core.offlineEngines().providerPicked(provider); },
+            .glossaries = core.glossaryManager(),
+            .reloadHotKeys = [&links] { links.model.reloadHotKeys(); },
+            .suspendHotKeys = [&links] { links.hotKeys.reload({}, std::nullopt); },
+            .isHeldElsewhere =
+                [&links](const KeyChord& chord) {
+                    return isHeldElsewhere(links.desktop.hotKeys(), chord);
+                },
+            .optionMenuChanged =
+                [&links, &core] {
+                    links.optionMenu.setWanted(core.settings().optionRightClickMenu());
+                    links.model.refreshOptionMenuStatus();
+                },
+            .permissionState = links.model.bindableAccessibilityState(),
+            .permission = permission,
+            .resetWindowLocations = [&interface] { interface.resetWindowLocations(); },
+            .installId =
+                [&core](std::stop_token stop) {
+                    return core.onlineEngines().hosted().installId(std::move(stop));
+                },
+            .writeToClipboard = copyText,
+        };
     }
 
     LinuxSessionInspector inspector;
-    PermissionModel model;
-    PermissionWindow window;
+    PermissionModel permission;
+    /// Installations go on when the window is closed.
+    TaskScope installs;
+    SettingsServices services;
+    SettingsView view;
 };
 
 SettingsScene::SettingsScene(UserInterface& interface, Links links)
@@ -44,7 +133,7 @@ bool SettingsScene::openFirst()
 {
     if (!m_parts) {
         m_parts = std::make_unique<Parts>(m_interface, m_links);
-        m_links.settings.registerOpenAction([&window = m_parts->window] { window.show(); });
+        m_links.settings.registerOpenAction([&view = m_parts->view] { view.show(); });
     }
     return true;
 }

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "desktop/AccessibilityPermission.h"
+#include "desktop/AppModel.h"
+#include "desktop/HotKeyManager.h"
+#include "desktop/OptionClickMenu.h"
 #include "desktop/SettingsWindow.h"
-#include "foundation/Clock.h"
 #include "main/Platform.h"
+#include "main/ProgramCore.h"
 #include "main/UserInterface.h"
 
 #include <functional>
@@ -11,17 +14,19 @@
 
 namespace zelvane {
 
-/// The window behind the settings, made when it is first wanted.
+/// The settings' window, made when it is first wanted.
 class SettingsScene
 {
 public:
     struct Links
     {
+        ProgramCore& core;
         SettingsWindow& settings;
-        QBindable<AccessibilityPermission::State> state;
-        const Desktop& desktop;
-        Clock& clock;
-        std::function<void()> relaunch;
+        AppModel& model;
+        HotKeyManager& hotKeys;
+        OptionClickMenu& optionMenu;
+        Desktop& desktop;
+        AccessibilityPermission& permission;
         /// The window has gone from the screen.
         std::function<void()> disappeared;
     };

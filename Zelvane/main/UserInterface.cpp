@@ -1,5 +1,6 @@
 #include "main/UserInterface.h"
 
+#include "main/Platform.h"
 #include "pipeline/Prompts.h"
 #include "ui/alert/AlertWindowPresenter.h"
 #include "ui/components/Observe.h"
@@ -14,6 +15,7 @@
 #include "ui/optionmenu/OptionMenuPopup.h"
 #include "ui/panel/WindowOrigins.h"
 #include "ui/result/ResultPopup.h"
+#include "ui/sheets/KeyCapture.h"
 #include "ui/shell/WidgetActivationPolicy.h"
 #include "ui/shell/WidgetWindows.h"
 #include "ui/style/DesktopAppearance.h"
@@ -70,6 +72,7 @@ struct UserInterface::Parts
                   [](const QString& text) { QGuiApplication::clipboard()->setText(text); }})
     {
         dressApplication(theme);
+        installKeyTranslation(virtualCodeOfKeyEvent);
         observe(&appearance, settings.bindableAppLanguage(), [](AppLanguage) {
             // Every window that is open puts its texts anew.
             QCoreApplication::postEvent(qApp, new QEvent(QEvent::LanguageChange));
@@ -144,6 +147,13 @@ void UserInterface::presentTranslationResult(const QString& original, const QStr
 void UserInterface::showManualTranslationWindow()
 {
     m_parts->manual.showManualTranslationWindow();
+}
+
+void UserInterface::resetWindowLocations()
+{
+    m_parts->origins.resetWindowOrigins();
+    m_parts->manual.resizeManualTranslationWindow();
+    m_parts->popup.resizeTranslationResult();
 }
 
 std::optional<ApplicationWindow::Id> UserInterface::manualWindow() const

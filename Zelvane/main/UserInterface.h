@@ -38,6 +38,8 @@ public:
     [[nodiscard]] ApplicationWindows& windows();
     [[nodiscard]] ActivationPolicy& activationPolicy();
     [[nodiscard]] OptionMenuPresenter& optionMenu();
+    /// Forgets where the user left the windows, and moves those that are open to the middle.
+    void resetWindowLocations();
     /// The translation window while it is open.
     [[nodiscard]] std::optional<ApplicationWindow::Id> manualWindow() const;
     [[nodiscard]] const Theme& theme() const;

@@ -43,6 +43,9 @@ struct Scene
 /// The page that says what a session lets the program do.
 [[nodiscard]] QList<Scene> permissionScenes();
 
+/// The settings, each page in its states, and their sheets.
+[[nodiscard]] QList<Scene> settingsScenes();
+
 /// The window into which the user types.
 [[nodiscard]] QList<Scene> manualScenes();
 
