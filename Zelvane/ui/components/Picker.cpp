@@ -38,7 +38,22 @@ public:
         QAccessible::State state = QAccessibleWidget::state();
         state.hasPopup = true;
         state.expandable = true;
+        state.expanded = openChoice() != nullptr;
+        state.collapsed = !state.expanded;
         return state;
+    }
+
+    // Qt leaves popups out of what it exposes; the choice belongs to its control.
+    [[nodiscard]] int childCount() const override { return openChoice() ? 1 : 0; }
+
+    [[nodiscard]] QAccessibleInterface* child(int index) const override
+    {
+        return index == 0 ? QAccessible::queryAccessibleInterface(openChoice()) : nullptr;
+    }
+
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        return child && openChoice() && child->object() == openChoice() ? 0 : -1;
     }
 
     [[nodiscard]] QStringList actionNames() const override
@@ -61,6 +76,12 @@ public:
 
 private:
     [[nodiscard]] PickerButton* picker() const { return static_cast<PickerButton*>(widget()); }
+
+    [[nodiscard]] QWidget* openChoice() const
+    {
+        QWidget* popup = picker()->popup();
+        return popup && popup->isVisible() ? popup : nullptr;
+    }
 };
 
 QAccessibleInterface* makeAccessible(const QString&, QObject* object)

@@ -27,6 +27,8 @@ public:
     [[nodiscard]] virtual QString valueText() const = 0;
     /// Opens the choice, or closes it again.
     virtual void togglePopup() = 0;
+    /// The open choice; null while it is closed.
+    [[nodiscard]] virtual QWidget* popup() const = 0;
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -68,6 +70,7 @@ public:
 
     [[nodiscard]] QString valueText() const override;
     void togglePopup() override;
+    [[nodiscard]] QWidget* popup() const override { return m_menu; }
     /// Null while it is closed.
     [[nodiscard]] QMenu* menu() const { return m_menu; }
 

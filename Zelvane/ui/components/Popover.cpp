@@ -3,8 +3,9 @@
 #include "ui/components/FocusRing.h"
 #include "ui/components/PanelSurface.h"
 
+#include <QAccessibleObject>
 #include <QAccessibleWidget>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -25,7 +26,62 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object)
     return popover ? new QAccessibleWidget(popover, QAccessible::Dialog) : nullptr;
 }
 
+/// Qt's own root of all windows leaves popups out.
+class ApplicationWithPopovers final : public QAccessibleApplication
+{
+public:
+    [[nodiscard]] int childCount() const override
+    {
+        return QAccessibleApplication::childCount() + int(Popover::openOnTheirOwn().size());
+    }
+
+    [[nodiscard]] QAccessibleInterface* child(int index) const override
+    {
+        const int windows = QAccessibleApplication::childCount();
+        return index < windows ? QAccessibleApplication::child(index)
+                               : QAccessible::queryAccessibleInterface(
+                                     Popover::openOnTheirOwn().value(index - windows));
+    }
+
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        const auto* popover = child ? qobject_cast<Popover*>(child->object()) : nullptr;
+        const qsizetype place = Popover::openOnTheirOwn().indexOf(popover);
+        return place >= 0 ? QAccessibleApplication::childCount() + int(place)
+                          : QAccessibleApplication::indexOfChild(child);
+    }
+};
+
+QAccessibleInterface* makeAccessibleApplication(const QString&, QObject* object)
+{
+    return object == qApp ? new ApplicationWithPopovers : nullptr;
+}
+
+void exposeToScreenReaders()
+{
+    QAccessible::installFactory(makeAccessible);
+    QAccessible::installFactory(makeAccessibleApplication);
+    // A root that was made before would be kept.
+    if (QAccessibleInterface* root = QAccessible::queryAccessibleInterface(qApp)) {
+        if (!dynamic_cast<ApplicationWithPopovers*>(root)) {
+            QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(root));
+        }
+    }
+}
+
 } // namespace
+
+QList<Popover*> Popover::openOnTheirOwn()
+{
+    QList<Popover*> popovers;
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        auto* popover = qobject_cast<Popover*>(window);
+        if (popover && popover->isVisible() && !popover->parentWidget()) {
+            popovers.append(popover);
+        }
+    }
+    return popovers;
+}
 
 QPoint popoverOrigin(const QRect& anchor, QSize size, const QRect& frame,
                      Qt::LayoutDirection direction)
@@ -49,8 +105,7 @@ Popover::Popover(const Theme& theme, QWidget* parent, std::optional<double> corn
     , m_layout(new QVBoxLayout(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
-    [[maybe_unused]] static const bool installed =
-        (QAccessible::installFactory(makeAccessible), true);
+    [[maybe_unused]] static const bool exposed = (exposeToScreenReaders(), true);
     m_layout->setSpacing(0);
     m_layout->setContentsMargins(panelMargins(theme));
     new FocusRing(theme, *this);

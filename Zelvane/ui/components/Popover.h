@@ -39,6 +39,9 @@ public:
     /// Opens it at `anchor`, in the screen's coordinates, on the screen of it.
     void openAt(const QRect& anchor);
 
+    /// The popovers that are open and belong to no other widget.
+    [[nodiscard]] static QList<Popover*> openOnTheirOwn();
+
 Q_SIGNALS:
     void closed();
 

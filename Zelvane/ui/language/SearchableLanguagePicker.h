@@ -31,6 +31,7 @@ public:
 
     [[nodiscard]] QString valueText() const override;
     void togglePopup() override;
+    [[nodiscard]] QWidget* popup() const override { return m_popover; }
     [[nodiscard]] bool isOpen() const;
 
     // The parts of the open list; null while it is closed.

@@ -84,6 +84,9 @@ QWidget* TranslationResultView::makeFooter()
     row->addWidget(m_status, 1);
     row->addWidget(m_copy);
     m_status->setElides(true);
+    QSizePolicy room = m_status->sizePolicy();
+    room.setRetainSizeWhenHidden(true);
+    m_status->setSizePolicy(room);
     m_copy->setSymbol(QStringLiteral("doc.on.doc"));
     return footer;
 }
@@ -174,6 +177,7 @@ void TranslationResultView::showCopied()
     m_copy->setText(m_model.copyLabel());
     m_copy->setAccessibleName(m_model.copyLabel());
     m_status->setText(m_model.statusText());
+    m_status->setVisible(copied);
     m_statusSymbol->setVisible(copied);
     if (copied) {
         m_statusSymbol->setPixmap(symbolPixmap(QStringLiteral("checkmark.circle.fill"),
