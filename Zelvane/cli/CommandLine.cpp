@@ -34,7 +34,7 @@ Options:
   --help          show this text
   --version       show the version
 
-The first four commands need no display, no session bus and no desktop. The next
+The first five commands need no display, no session bus and no desktop. The next
 four reach the running program over the session bus.
 )";
 
