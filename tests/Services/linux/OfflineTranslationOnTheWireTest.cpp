@@ -6,6 +6,7 @@
 #include "foundation/SystemClock.h"
 #include "http/NetworkHttpTransport.h"
 #include "pipeline/TranslationError.h"
+#include "settings/UserDefaults.h"
 #include "support/Await.h"
 #include "support/llama/EngineFolder.h"
 
@@ -45,7 +46,11 @@ protected:
         script("{}");
         manager = std::make_unique<SmartOfflineEngineManager>(
             variant, EngineFiles(m_root.path(), m_facts),
-            SmartOfflineEngineManager::Parts{{m_launcher, m_transport, m_clock, m_sweep}, [] {}});
+            SmartOfflineEngineManager::Parts{{m_launcher, m_transport, m_clock, m_sweep},
+                                             m_defaults,
+                                             {},
+                                             [] { return false; },
+                                             [] {}});
     }
     ~OfflineTranslationOnTheWire() override
     {
@@ -100,6 +105,7 @@ private:
     }
 
     QTemporaryDir m_root;
+    OverlayUserDefaults m_defaults;
     SmartOfflineVariantFacts m_facts;
     SystemClock m_clock;
     LinuxChildProcesses m_launcher;
