@@ -5,6 +5,8 @@
 #include "desktop/linux/session/ServicesAdaptor.h"
 #include "settings/Localization.h"
 
+#include <QDBusMessage>
+
 namespace zelvane {
 
 ProgramOnBus::ProgramOnBus(const QDBusConnection& bus, const QString& name, const Parts& parts)
@@ -17,10 +19,14 @@ ProgramOnBus::ProgramOnBus(const QDBusConnection& bus, const QString& name, cons
 
 ProgramOnBus::~ProgramOnBus()
 {
-    if (m_bus.isConnected()) {
-        m_bus.unregisterService(m_name);
-        m_bus.unregisterObject(busObjectPath());
-    }
+    m_bus.unregisterObject(busObjectPath());
+    // Without waiting for the answer: a call that waits while the bus goes away, which is one way
+    // for the session to end, ends this process by an assertion of the D-Bus library.
+    QDBusMessage release = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ReleaseName"));
+    release << m_name;
+    m_bus.send(release);
 }
 
 std::optional<QString> ProgramOnBus::offer(const Parts& parts)
