@@ -194,12 +194,12 @@ class Zelvane:
     def write_bool(self, key, value):
         self.command("defaults", "write", key, "--bool", "true" if value else "false")
 
-    def start(self, key="demonstration"):
+    def start(self, *options, key="demonstration"):
         self.write_bool("zv.hasSeenOnboarding", True)
         environment = {"ZELVANE_API_KEY": key} if key else {}
         with self.log.open("w") as log:
             process = self.desktop.start(self.program, "--profile", str(self.profile), "--report",
-                                         stdout=log, stderr=subprocess.STDOUT, environment=environment)
+                                         *options, stdout=log, stderr=subprocess.STDOUT, environment=environment)
         wait_for("the start of Zelvane Desk", lambda: "ready\n" in self.printed())
         return process
 
