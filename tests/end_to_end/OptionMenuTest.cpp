@@ -96,7 +96,8 @@ TEST_F(OptionMenu, pressDragAndReleaseChoosesInOneGo)
     QByteArrayList drag;
     for (int step = 0; step < 8; ++step) {
         drag << "mousemove" << QByteArray::number(menu.center().x() + step)
-             << QByteArray::number(menu.top() + 10 + step) << "sleep" << "0.06";
+             << QByteArray::number(menu.top() + 10 + step);
+        drag += {"sleep", "0.06"};
     }
     mouse(drag + QByteArrayList{"mouseup", "3", "keyup", "alt"});
     session.waitForReport();

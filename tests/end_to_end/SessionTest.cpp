@@ -305,10 +305,7 @@ TEST(SessionWithoutBus, twoInstancesNeverRun)
     EXPECT_EQ(second.exitCode, 1);
     EXPECT_THAT(second.errors.toStdString(),
                 HasSubstr("is running already. Without a session bus"));
-    session.openEditor("hello world");
-    session.key(ZelvaneSession::toGerman);
-    session.waitForReport();
-    EXPECT_EQ(session.editorText(), "Hallo Welt");
+    EXPECT_EQ(session.process().state(), QProcess::Running);
 }
 
 } // namespace

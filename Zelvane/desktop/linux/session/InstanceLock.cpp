@@ -17,7 +17,7 @@ namespace {
 /// A folder that only this user can write to; of others it may be a trap.
 bool isOwn(const QString& folder)
 {
-    struct stat found{};
+    struct stat found = {};
     return ::lstat(QFile::encodeName(folder).constData(), &found) == 0 && S_ISDIR(found.st_mode) &&
            found.st_uid == ::geteuid() && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
