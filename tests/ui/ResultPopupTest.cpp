@@ -262,7 +262,7 @@ TEST_F(ResultPopupTest, asksForBlurWhereThePanelLetsThrough)
     EXPECT_EQ(requests.constLast().boundingRect(), inner);
     EXPECT_FALSE(requests.constLast().contains(inner.topLeft()));
     const QImage glass = panel()->grab().toImage();
-    EXPECT_LT(glass.pixelColor(inner.topLeft() + QPoint(60, 8)).alpha(), 240);
+    EXPECT_LT(glass.pixelColor(inner.topLeft() + QPoint(60, 8)).alpha(), 250);
     appearance.setReducedTransparency(true);
     EXPECT_TRUE(requests.constLast().isEmpty());
     EXPECT_EQ(panel()->grab().toImage().pixelColor(inner.topLeft() + QPoint(60, 8)).alpha(), 255);

@@ -81,6 +81,18 @@ TEST_F(ViewStylesTest, glassIsOpaqueUnderReducedTransparency)
     EXPECT_GT(glass.alphaF(), 0.7F);
 }
 
+TEST_F(ViewStylesTest, textsOnGlassStayReadableOverBlackAndOverWhite)
+{
+    for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+        const ThemeColors scheming = themeColors({.scheme = scheme});
+        const QColor glass = TranslatorFloatingGlassModifier{tokens, false}.fill(scheming);
+        for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
+            EXPECT_GE(contrastRatio(scheming.text, blended(glass, behind)), 7);
+            EXPECT_GE(contrastRatio(scheming.secondaryText, blended(glass, behind)), 4.5);
+        }
+    }
+}
+
 TEST_F(ViewStylesTest, panelAndWellTakeTheirRadiusFromTheTokensUnlessTheyAreGivenOne)
 {
     tokens.setPanelRadius(17);

@@ -103,9 +103,8 @@ QWidget* SearchableLanguagePicker::makeContent()
     layout->setContentsMargins(contentInset, contentInset, contentInset, contentInset);
     layout->setSpacing(contentInset - 2);
     layout->addWidget(m_search);
-    layout->addWidget(m_nothing);
+    layout->addWidget(m_nothing, 0, Qt::AlignTop);
     layout->addWidget(m_list, 1);
-    layout->addStretch(0);
     connect(m_search, &QLineEdit::textChanged, this, &SearchableLanguagePicker::showRows);
     connect(m_list, &OptionList::chosen, this, [this](int row) { choose(m_rows[row].value); });
     return content;

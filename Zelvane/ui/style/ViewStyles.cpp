@@ -5,7 +5,7 @@ namespace zelvane {
 namespace {
 
 /// Of a surface behind which the desktop blurs. Texts on it keep their contrast.
-constexpr float glassOpacity = 0.86F;
+constexpr float glassOpacity = 0.9F;
 
 } // namespace
 

@@ -20,6 +20,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
@@ -28,6 +29,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <utility>
 
 namespace zelvane::gallery {
@@ -206,33 +208,83 @@ public:
     bool painted = false;
 };
 
-/// Prints for each scene how long it takes from the request for a window to its first frame: once
-/// cold, and the median of ten times warm.
+double processorMilliseconds()
+{
+    return double(std::clock()) * 1000 / CLOCKS_PER_SEC;
+}
+
+/// The memory that is this process's own, in megabytes.
+double privateMegabytes()
+{
+    QFile rollup(QStringLiteral("/proc/self/smaps_rollup"));
+    double kilobytes = 0;
+    if (rollup.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : rollup.readAll().split('\n')) {
+            if (line.startsWith("Private_")) {
+                kilobytes += line.simplified().split(' ').value(1).toDouble();
+            }
+        }
+    }
+    return kilobytes / 1024;
+}
+
+/// From the request for a window to its first frame.
+struct Appearance
+{
+    double milliseconds = 0;
+    double processor = 0;
+};
+
+Appearance appear(const Scene& scene, const Setting& setting, std::unique_ptr<Exhibit>& exhibit)
+{
+    FirstPaint paint;
+    qApp->installEventFilter(&paint);
+    QElapsedTimer timer;
+    timer.start();
+    const double before = processorMilliseconds();
+    exhibit = scene.show({setting.theme, *setting.windows});
+    while (!paint.painted && timer.elapsed() < 5000) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return {double(timer.nsecsElapsed()) / 1e6, processorMilliseconds() - before};
+}
+
+/// Prints for each scene how long it takes from the request for a window to its first frame, in all
+/// and of this program's processor time: once cold, and the median of ten times warm. Then the
+/// memory before the first window, with one open, and after the last.
 int measure(const QString& only)
 {
     const Setting setting;
+    QTest::qWait(settlingTime);
     for (const Scene& scene : allScenes()) {
         if (!scene.name.contains(only)) {
             continue;
         }
+        const double before = privateMegabytes();
+        double open = 0;
         QList<double> times;
+        QList<double> processor;
         for (int i = 0; i < 11; ++i) {
-            FirstPaint paint;
-            qApp->installEventFilter(&paint);
-            QElapsedTimer timer;
-            timer.start();
-            const auto exhibit = scene.show({setting.theme, *setting.windows});
-            while (!paint.painted && timer.elapsed() < 5000) {
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            }
-            times.append(double(timer.nsecsElapsed()) / 1e6);
+            std::unique_ptr<Exhibit> exhibit;
+            const Appearance appearance = appear(scene, setting, exhibit);
+            times.append(appearance.milliseconds);
+            processor.append(appearance.processor);
+            // The window manager and the compositor have to be done with it as well.
+            QTest::qWait(settlingTime);
+            open = privateMegabytes();
+            exhibit.reset();
+            QTest::qWait(settlingTime);
         }
         const double cold = times.takeFirst();
+        const double coldProcessor = processor.takeFirst();
         std::ranges::sort(times);
-        say(QStringLiteral("%1: %2 ms cold, %3 ms warm")
-                .arg(scene.name)
-                .arg(cold, 0, 'f', 1)
-                .arg(times[times.size() / 2], 0, 'f', 1));
+        std::ranges::sort(processor);
+        const auto number = [](double value) { return QString::number(value, 'f', 1); };
+        say(QStringLiteral("%1: %2 ms cold (processor %3), %4 ms warm (processor %5); "
+                           "%6 MB before, %7 open, %8 closed")
+                .arg(scene.name, number(cold), number(coldProcessor),
+                     number(times[times.size() / 2]), number(processor[processor.size() / 2]),
+                     number(before), number(open), number(privateMegabytes())));
     }
     return 0;
 }
