@@ -277,8 +277,11 @@ bool startsLowercase(const QString& text)
     }
     const char32_t codePoint = firstCodePoint(first);
     const bool isSingle = first.size() == QChar::requiresSurrogates(codePoint) + 1;
-    return (isSingle && isLowercase(codePoint)) ||
-           (lowerCased(first) == first && upperCased(first) != first);
+    if (isSingle && isLowercase(codePoint)) {
+        return true;
+    }
+    const bool isUppercase = u_isUUppercase(static_cast<UChar32>(codePoint)) != 0;
+    return !isUppercase && lowerCased(first) == first && upperCased(first) != first;
 }
 
 bool equalIgnoringCase(const QString& left, const QString& right)

@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QHashFunctions>
 
 #include <algorithm>
 #include <cerrno>
@@ -130,7 +129,6 @@ QStringList GlossaryEntry::candidates() const
 
 GlossaryDictionary::GlossaryDictionary(QByteArray content, const std::stop_token& stop)
     : m_content(std::move(content))
-    , m_seed(QHashSeed::globalSeed())
 {
     if (m_content.size() > largestContent || !m_content.isValidUtf8()) {
         throw TranslationError(TranslationError::Code::badResponse);
@@ -199,7 +197,7 @@ void GlossaryDictionary::readRecord(char* begin, char* end, std::string& key)
 
 void GlossaryDictionary::store(std::string_view key, quint32 record)
 {
-    const quint64 hash = hashOf(key);
+    const quint64 hash = m_hash(key);
     Slot& slot = m_slots[slotFor(key, hash)];
     if (slot.record == empty) {
         ++m_size;
@@ -209,7 +207,7 @@ void GlossaryDictionary::store(std::string_view key, quint32 record)
 
 std::optional<GlossaryEntry> GlossaryDictionary::find(std::string_view key) const
 {
-    const Slot& slot = m_slots[slotFor(key, hashOf(key))];
+    const Slot& slot = m_slots[slotFor(key, m_hash(key))];
     if (slot.record == empty) {
         return std::nullopt;
     }
@@ -236,14 +234,6 @@ size_t GlossaryDictionary::slotFor(std::string_view key, quint64 hash) const
         }
         index = index + 1 == m_slots.size() ? 0 : index + 1;
     }
-}
-
-quint64 GlossaryDictionary::hashOf(std::string_view key) const
-{
-    // Both halves are used; where Qt's hash has only 32 bits, the product spreads them.
-    constexpr quint64 odd = 0x9e37'79b9'7f4a'7c15;
-    const quint64 hash = quint64(qHashBits(key.data(), key.size(), m_seed)) * odd;
-    return hash ^ (hash >> 32);
 }
 
 std::string_view GlossaryDictionary::textFrom(quint32 record) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/DescribedError.h"
+#include "glossary/KeyedHash.h"
 
 #include <QByteArray>
 #include <QString>
@@ -67,7 +68,6 @@ private:
     void readRecord(char* begin, char* end, std::string& key);
     void store(std::string_view key, quint32 record);
     [[nodiscard]] size_t slotFor(std::string_view key, quint64 hash) const;
-    [[nodiscard]] quint64 hashOf(std::string_view key) const;
     /// From the key of a record to the end of all records of its kind.
     [[nodiscard]] std::string_view textFrom(quint32 record) const;
 
@@ -75,7 +75,7 @@ private:
     std::string m_grown;
     std::vector<Slot> m_slots;
     qsizetype m_size = 0;
-    size_t m_seed;
+    KeyedHash m_hash;
 };
 
 /// A file that could not be read; the description is the system's.
