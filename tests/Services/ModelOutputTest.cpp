@@ -288,7 +288,7 @@ TEST(MergedOutput, fillsWhatWasAskedAndLeavesTheRest)
         QString(150, u't'),    QStringLiteral("\ntres\n"), QStringLiteral("[redacted_thinking]")};
     SeededRandom random;
     int accepted = 0;
-    for (int round = 0; round < 20'000; ++round) {
+    for (int round = 0; round < 5'000; ++round) {
         QStringList lines;
         QList<qsizetype> positions;
         for (qsizetype count = 1 + random.below(5); count > 0; --count) {
@@ -319,7 +319,7 @@ TEST(MergedOutput, fillsWhatWasAskedAndLeavesTheRest)
             }
         }
     }
-    EXPECT_GT(accepted, 1000);
+    EXPECT_GT(accepted, 500);
 }
 
 } // namespace

@@ -205,11 +205,10 @@ TEST(StructuredDocument, namesThatWouldFillTheMemoryAreNone)
 
 TEST(StructuredDocument, aLargeDocumentIsOne)
 {
-    const QString text = QStringLiteral("[") +
-                         QStringLiteral("{\"a\":\"x y\"},").repeated(100'000) +
+    const QString text = QStringLiteral("[") + QStringLiteral("{\"a\":\"x y\"},").repeated(10'000) +
                          QStringLiteral("0]");
     EXPECT_EQ(compact(text), text);
-    EXPECT_EQ(strings(text).size(), 100'000U);
+    EXPECT_EQ(strings(text).size(), 10'000U);
 }
 
 } // namespace
