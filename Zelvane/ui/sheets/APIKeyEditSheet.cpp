@@ -23,6 +23,7 @@ APIKeyEditSheet::APIKeyEditSheet(const Theme& theme, QWidget& over, APIKeyEditMo
     setFocusProxy(m_field);
     connect(m_field, &QLineEdit::textChanged, this,
             [this](const QString& text) { m_model.setDraft(text); });
+    connect(m_field, &QLineEdit::returnPressed, m_save, &QAbstractButton::click);
     connect(m_cancel, &QAbstractButton::clicked, this, &Sheet::dismiss);
     connect(m_save, &QAbstractButton::clicked, this, [this] {
         Q_EMIT saved(m_model.keyToSave());
