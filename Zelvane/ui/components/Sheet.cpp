@@ -185,6 +185,9 @@ void Sheet::paintEvent(QPaintEvent*)
 
 void Sheet::keyPressEvent(QKeyEvent* event)
 {
+    if (isHidden()) {
+        return; // the key has just closed the sheet
+    }
     const bool confirms = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (event->key() == Qt::Key_Escape && m_cancel) {
         m_cancel->click();
