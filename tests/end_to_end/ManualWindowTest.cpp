@@ -1,0 +1,99 @@
+#include "end_to_end/ZelvaneSession.h"
+#include "support/Await.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace zelvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+
+const QString title = QStringLiteral("^Translation Window$");
+
+class ManualWindow : public ::testing::Test
+{
+protected:
+    QString open()
+    {
+        session.zelvane({QStringLiteral("show"), QStringLiteral("translation")});
+        const QString window = session.waitForWindow(title);
+        // Until the window has the keyboard.
+        EXPECT_TRUE(waitUntil([&] {
+            return QString::fromLatin1(
+                       session.desktop.xdotool({QStringLiteral("getactivewindow")})) == window;
+        }));
+        return window;
+    }
+
+    void type(const char* text)
+    {
+        session.desktop.xdotool({QStringLiteral("type"), QString::fromLatin1(text)});
+    }
+
+    [[nodiscard]] bool floats(const QString& window)
+    {
+        return session.desktop
+            .run(QStringLiteral("xprop"),
+                 {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_STATE")})
+            .output.contains("_NET_WM_STATE_ABOVE");
+    }
+
+    ZelvaneSession session;
+};
+
+TEST_F(ManualWindow, translatesWhatIsTypedAndCopiesItByKeyboardAlone)
+{
+    session.answerWith("Hallo Welt");
+    session.start();
+    open();
+    type("hello world");
+    session.key("ctrl+Return");
+    ASSERT_TRUE(waitUntil([this] { return session.askedTexts().size() == 1; }));
+    EXPECT_THAT(session.askedTexts(), ElementsAre(QStringLiteral("hello world")));
+    waitUntil([] { return false; }, 300ms);
+    session.key("ctrl+c");
+    EXPECT_TRUE(session.clipboardBecomes("Hallo Welt"));
+    session.key("Escape");
+    session.waitUntilGone(title);
+    session.quit();
+}
+
+TEST_F(ManualWindow, floatsWhileItIsPinnedAndShowsAmongTheRunningPrograms)
+{
+    session.start();
+    const QString window = open();
+    const auto state = session.desktop.run(
+        QStringLiteral("xprop"), {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_STATE")});
+    EXPECT_FALSE(state.output.contains("SKIP_TASKBAR")) << state.output.toStdString();
+    EXPECT_FALSE(floats(window));
+    // From the text to the buttons of the header.
+    session.key("shift+Tab");
+    session.key("shift+Tab");
+    session.key("shift+Tab");
+    session.key("shift+Tab");
+    session.key("space");
+    EXPECT_TRUE(waitUntil([&] { return floats(window); }));
+    session.key("space");
+    EXPECT_TRUE(waitUntil([&] { return !floats(window); }));
+    session.key("Escape");
+    session.waitUntilGone(title);
+}
+
+TEST_F(ManualWindow, runsBesideATranslationOfASelection)
+{
+    session.provider.setHandler([](const RecordedRequest&) { return Answer(); }); // never answers
+    session.start();
+    open();
+    type("one");
+    session.key("ctrl+Return");
+    ASSERT_TRUE(waitUntil([this] { return session.askedTexts().size() == 1; }));
+    session.openEditor("two");
+    session.key(ZelvaneSession::toGerman);
+    EXPECT_TRUE(waitUntil([this] { return session.askedTexts().size() == 2; }));
+    EXPECT_EQ(session.askedTexts().constLast(), QStringLiteral("two"));
+}
+
+} // namespace
+} // namespace zelvane::test
