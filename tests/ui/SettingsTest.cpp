@@ -102,6 +102,7 @@ TEST_F(SettingsTest, aKeyThatIsTypedInIsTriedAndStored)
     auto* sheet = view->findChild<APIKeyEditSheet*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_EQ(sheet->field().echoMode(), QLineEdit::Password);
+    EXPECT_EQ(view->focusWidget(), &sheet->field());
     QTest::keyClicks(&sheet->field(), QStringLiteral(" sk-0123456789 "));
     QTest::keyClick(&sheet->field(), Qt::Key_Return);
 

@@ -110,7 +110,9 @@ void Sheet::present()
     }
     if (!isAncestorOf(window()->focusWidget())) {
         setFocus(Qt::OtherFocusReason);
-        focusNextPrevChild(true);
+        if (!focusProxy()) { // what a sheet is about has the keyboard, or else its first control
+            focusNextPrevChild(true);
+        }
     }
     QAccessibleEvent event(this, QAccessible::DialogStart);
     QAccessible::updateAccessibility(&event);
