@@ -61,13 +61,6 @@ QCoro::Task<void> hold(QCoro::Task<bool> start)
     }
 }
 
-QCoro::Task<bool> sweepOnce(StraySweep& sweep, QString program, std::optional<qint32> exempt,
-                            std::stop_token stop)
-{
-    co_await sweep.sweepStrayServers(std::move(program), exempt, std::move(stop));
-    co_return true;
-}
-
 } // namespace
 
 ServerAccess randomServerAccess()
@@ -155,10 +148,14 @@ QCoro::Task<bool> LlamaServer::start(GpuLayers layers, std::stop_token life)
 QCoro::Task<void> LlamaServer::sweepStrays(std::stop_token stop)
 {
     // One at a time: a sweep that began before a launch would not know the new server as ours.
-    const auto begin = [this](std::stop_token run) {
-        return sweepOnce(m_parts.sweep, m_files.program, pid(), std::move(run));
-    };
+    const auto begin = [this](std::stop_token run) { return sweepOnce(std::move(run)); };
     co_await m_sweepRun.join(begin, std::move(stop));
+}
+
+QCoro::Task<bool> LlamaServer::sweepOnce(std::stop_token stop)
+{
+    co_await m_parts.sweep.sweepStrayServers(m_files.program, pid(), std::move(stop));
+    co_return true;
 }
 
 QCoro::Task<void> LlamaServer::launch(GpuLayers layers, std::stop_token life)
@@ -236,7 +233,7 @@ QCoro::Task<LlamaServer::Readiness> LlamaServer::awaitReadiness(std::stop_token 
     co_return Readiness::tooSlow;
 }
 
-HttpRequest LlamaServer::request(const QString& path) const
+HttpRequest LlamaServer::requestFor(const QString& path) const
 {
     HttpRequest request;
     request.url = QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_access->port).arg(path));
@@ -247,7 +244,7 @@ HttpRequest LlamaServer::request(const QString& path) const
 QCoro::Task<bool> LlamaServer::checkHealth(std::stop_token life)
 {
     constexpr qint64 maximalAnswer = qint64(64) * 1024;
-    HttpRequest health = request(QStringLiteral("/health"));
+    HttpRequest health = requestFor(QStringLiteral("/health"));
     health.timeout = healthTimeout;
     health.totalTimeout = healthTimeout;
     health.maximalBodySize = maximalAnswer;
@@ -259,13 +256,13 @@ QCoro::Task<bool> LlamaServer::checkHealth(std::stop_token life)
     }
 }
 
-QCoro::Task<QByteArray> LlamaServer::completion(QJsonObject body, std::stop_token stop)
+QCoro::Task<QByteArray> LlamaServer::completion(QJsonObject request, std::stop_token stop)
 {
     if (!m_access) {
         throw stopped();
     }
-    const HttpRequest bare = request(QStringLiteral("/v1/chat/completions"));
-    HttpRequest post = jsonPost(bare.url, bare.headers, body);
+    const HttpRequest bare = requestFor(QStringLiteral("/v1/chat/completions"));
+    HttpRequest post = jsonPost(bare.url, bare.headers, request);
     post.timeout = completionTimeout;
     const EitherStop either(stop, m_exchanges.get_token());
     QByteArray answer;

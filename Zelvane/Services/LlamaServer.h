@@ -95,12 +95,13 @@ private:
     enum class Readiness { ready, ended, tooSlow };
 
     [[nodiscard]] QCoro::Task<bool> start(GpuLayers layers, std::stop_token life);
+    [[nodiscard]] QCoro::Task<bool> sweepOnce(std::stop_token stop);
     [[nodiscard]] QCoro::Task<void> launch(GpuLayers layers, std::stop_token life);
     [[nodiscard]] QCoro::Task<Readiness> awaitReadiness(std::stop_token life);
     [[nodiscard]] QCoro::Task<bool> checkHealth(std::stop_token life);
     [[nodiscard]] ChildProcessCommand command(GpuLayers layers) const;
     [[nodiscard]] ChildProcess::Listener listener();
-    [[nodiscard]] HttpRequest request(const QString& path) const;
+    [[nodiscard]] HttpRequest requestFor(const QString& path) const;
     void endProcess();
 
     const LlamaServerFiles m_files;

@@ -17,25 +17,14 @@ constexpr std::chrono::milliseconds grace{2000};
 std::optional<qint32> matchingPid(const QString& line, const QString& executablePath)
 {
     const QString entry = text::trimmedWithinLine(line);
-    const auto blank = std::ranges::find_if(entry, [](QChar c) { return c == u' ' || c == u'\t'; });
-    if (blank == entry.end()) {
-        return std::nullopt;
-    }
-    const qsizetype at = blank - entry.begin();
-    if (!entry.sliced(at + 1).contains(executablePath)) {
+    const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
+    const qsizetype at = std::ranges::find_if(entry, isBlank) - entry.begin();
+    if (at == entry.size() || !entry.sliced(at + 1).contains(executablePath)) {
         return std::nullopt;
     }
     bool isNumber = false;
     const qint32 pid = entry.first(at).toInt(&isNumber);
     return isNumber ? std::optional(pid) : std::nullopt;
-}
-
-QCoro::Task<void> killLater(ProcessTable& processes, Clock& clock, qint32 pid, std::stop_token stop)
-{
-    co_await clock.sleep(grace, std::move(stop));
-    if (processes.isRunning(pid)) {
-        processes.kill(pid);
-    }
 }
 
 } // namespace
@@ -82,9 +71,16 @@ QCoro::Task<void> StraySweep::sweepStrayServers(QString executablePath,
 void StraySweep::end(qint32 pid)
 {
     m_processes.terminate(pid);
-    m_lastResorts.start([this, pid](std::stop_token stop) {
-        return killLater(m_processes, m_clock, pid, std::move(stop));
-    });
+    m_lastResorts.start(
+        [this, pid](std::stop_token stop) { return killLater(pid, std::move(stop)); });
+}
+
+QCoro::Task<void> StraySweep::killLater(qint32 pid, std::stop_token stop)
+{
+    co_await m_clock.sleep(grace, std::move(stop));
+    if (m_processes.isRunning(pid)) {
+        m_processes.kill(pid);
+    }
 }
 
 } // namespace zelvane

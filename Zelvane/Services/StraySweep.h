@@ -33,6 +33,7 @@ public:
 
 private:
     void end(qint32 pid);
+    [[nodiscard]] QCoro::Task<void> killLater(qint32 pid, std::stop_token stop);
 
     ProcessTable& m_processes;
     Clock& m_clock;
