@@ -64,7 +64,7 @@ private:
     static constexpr qsizetype bufferSize = 0x400000;
     /// Of a line: the largest number with a digit after its point, two tabs and the line break.
     static constexpr qsizetype longestRest = std::numeric_limits<double>::max_exponent10 + 8;
-    static_assert(bufferSize >= 2 * DictionaryReader::longestValue + longestRest);
+    static_assert(bufferSize >= qsizetype(2) * DictionaryReader::longestValue + longestRest);
 
     static void check(const std::expected<void, FileFailure>& result)
     {
@@ -113,7 +113,7 @@ bool fitsInLine(QByteArrayView text)
 /// may seem to say it again and again.
 qint64 mostText(qint64 databaseSize)
 {
-    constexpr qint64 least = 1024 * 1024;
+    constexpr qint64 least = 0x100000;
     return least + 2 * databaseSize;
 }
 
