@@ -24,34 +24,35 @@ protected:
             "panel_items = S\npanel_position = bottom right horizontal\npanel_size = 200 32\n"
             "systray_icon_size = 22\n");
         session.desktop.start(QStringLiteral("tint2"), {QStringLiteral("-c"), tray});
+        session.desktop.setVariable(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"),
+                                    QStringLiteral("1"));
         session.start();
     }
 
-    void clickIcon()
+    /// Clicks until the panel is there: a tray moves an icon while it takes it in.
+    void openPanel()
     {
-        const QString icon = findIcon();
-        ASSERT_FALSE(icon.isEmpty());
-        session.desktop.xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), icon,
-                                 QStringLiteral("11"), QStringLiteral("11"),
-                                 QStringLiteral("click"), QStringLiteral("1")});
+        ASSERT_TRUE(waitUntil(
+            [&] {
+                clickIcon();
+                return waitUntil([&] { return session.windowIsVisible(panelTitle); }, 1s);
+            },
+            5s));
     }
 
-    /// The program's window in the tray: the only one of its windows that shows unasked.
-    [[nodiscard]] QString findIcon()
+    /// Clicks on the program's window in the tray, the only one of its windows that shows unasked,
+    /// if it is there already.
+    void clickIcon()
     {
-        QString icon;
-        waitUntil(
-            [&] {
-                icon = QString::fromLatin1(
-                    session.desktop
-                        .run(QStringLiteral("xdotool"),
-                             {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                              QStringLiteral("--class"), QStringLiteral("elvane")})
-                        .output.trimmed());
-                return !icon.isEmpty();
-            },
-            5s);
-        return icon;
+        const auto xdotool = [this](const QStringList& arguments) {
+            return QString::fromLatin1(
+                session.desktop.run(QStringLiteral("xdotool"), arguments).output.trimmed());
+        };
+        const QString icon = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                      QStringLiteral("--class"), QStringLiteral("elvane")});
+        xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), icon,
+                 QStringLiteral("11"), QStringLiteral("11"), QStringLiteral("click"),
+                 QStringLiteral("1")});
     }
 
     /// What a screen reader finds in the program's windows.
@@ -67,8 +68,7 @@ protected:
 
 TEST_F(TrayPanelTest, showsPairsAndCommandsAndClosesOnAClickElsewhere)
 {
-    clickIcon();
-    session.waitForWindow(panelTitle);
+    openPanel();
     const std::string found = walk();
     EXPECT_THAT(found, HasSubstr("dialog\tZelvane Desk\n"));
     EXPECT_THAT(found, HasSubstr("label\t⌥‑menu: active\n"));
@@ -84,8 +84,7 @@ TEST_F(TrayPanelTest, showsPairsAndCommandsAndClosesOnAClickElsewhere)
 
 TEST_F(TrayPanelTest, opensTheTranslationWindowAndShortcutsWorkAfterwards)
 {
-    clickIcon();
-    session.waitForWindow(panelTitle);
+    openPanel();
     session.key("Return");
     session.waitUntilGone(panelTitle);
     session.waitForWindow(QStringLiteral("^Translation Window$"));
@@ -99,8 +98,7 @@ TEST_F(TrayPanelTest, opensTheTranslationWindowAndShortcutsWorkAfterwards)
 
 TEST_F(TrayPanelTest, quitsTheProgram)
 {
-    clickIcon();
-    session.waitForWindow(panelTitle);
+    openPanel();
     session.key("ctrl+q");
     EXPECT_TRUE(waitUntil([&] { return session.process().state() == QProcess::NotRunning; }, 5s));
     EXPECT_EQ(session.process().exitCode(), 0);

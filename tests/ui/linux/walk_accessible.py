@@ -4,9 +4,9 @@
 Usage: walk_accessible.py NAME
 
 NAME is a part of the program's name on the accessibility bus. Prints one line for each element of
-its windows that shows: the role, the name, the value if it has one, joined by tabs, and "*" at the
-end of a line whose element has the focus. Exit status 1 if there is no such program, or it shows
-nothing, within five seconds.
+its windows that shows: the role and the name, joined by a tab, and "*" at the end of a line whose
+element has the focus. Exit status 1 if there is no such program, or it shows nothing, within five
+seconds.
 """
 
 import sys
@@ -51,23 +51,16 @@ class Element:
     def role(self):
         return self.call(ACCESSIBLE, "GetRoleName")
 
-    def has_state(self, number):
-        words = self.call(ACCESSIBLE, "GetState")
-        return bool(words[number // 32] & (1 << number % 32))
-
-    def value(self):
-        try:
-            return self.get("org.a11y.atspi.Value", "CurrentValue")
-        except GLib.Error:
-            return None
+    def states(self):
+        low, high = self.call(ACCESSIBLE, "GetState")
+        return high << 32 | low
 
 
 def walk(element, lines):
-    if not element.has_state(SHOWING):
+    states = element.states()
+    if not states >> SHOWING & 1:
         return
-    value = element.value()
-    fields = [element.role(), element.name()] + ([f"{value:g}"] if value is not None else [])
-    lines.append("\t".join(fields) + (" *" if element.has_state(FOCUSED) else ""))
+    lines.append(f"{element.role()}\t{element.name()}" + (" *" if states >> FOCUSED & 1 else ""))
     for child in element.children():
         walk(child, lines)
 
