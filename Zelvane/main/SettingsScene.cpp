@@ -46,16 +46,24 @@ struct SettingsScene::Parts
         , services(servicesOf(interface, links))
         , view(interface.theme(), services, links.core.clock())
     {
-        QObject::connect(&view, &SettingsView::appeared, &view, [this, &links] { appear(links); });
+        QObject::connect(&view, &SettingsView::appeared, &view, [&links] { appear(links); });
         QObject::connect(&view, &SettingsView::disappeared, &view, links.disappeared);
     }
 
-    void appear(const Links& links)
+    void open(const Links& links)
     {
+        view.show();
+        // Also if the window was there already, with another page.
         if (links.settings.takePendingSection() == SettingsWindow::PendingSection::accessibility) {
             view.select(SettingsCategory::accessibility);
         }
-        links.permission.schedulePrompt();
+    }
+
+    static void appear(const Links& links)
+    {
+        if (!links.permission.focusAccessibilitySection()) {
+            links.permission.schedulePrompt();
+        }
     }
 
     [[nodiscard]] EngineControls controlsOf(OfflineEngines& engines, SmartOfflineVariant variant)
@@ -133,7 +141,7 @@ bool SettingsScene::openFirst()
 {
     if (!m_parts) {
         m_parts = std::make_unique<Parts>(m_interface, m_links);
-        m_links.settings.registerOpenAction([&view = m_parts->view] { view.show(); });
+        m_links.settings.registerOpenAction([this] { m_parts->open(m_links); });
     }
     return true;
 }

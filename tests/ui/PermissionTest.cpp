@@ -1,12 +1,9 @@
 #include "ui/permission/PermissionModel.h"
 #include "ui/permission/PermissionView.h"
-#include "ui/permission/PermissionWindow.h"
 
-#include "desktop/SettingsWindow.h"
 #include "foundation/Completion.h"
 #include "ui/AccessibleWalk.h"
 #include "ui/UiFixture.h"
-#include "ui/shell/WidgetWindows.h"
 
 #include <gtest/gtest.h>
 
@@ -157,46 +154,25 @@ TEST_F(PermissionPage, mayGoWhileItLooks)
     inspector.pending->succeed();
 }
 
-// --- The window
+// --- The view
 
-TEST_F(PermissionPage, isTheSettingsWindow)
+TEST_F(PermissionPage, looksAtTheSessionOnlyWhileItShows)
 {
-    PermissionWindow window(model, theme);
-    window.show();
-    const WidgetWindows own(windows);
-    ASSERT_EQ(own.windows().size(), 1);
-    EXPECT_TRUE(SettingsWindow::isSettingsWindow(own.windows().first()));
-    EXPECT_TRUE(own.windows().first().canBecomeMain);
-    EXPECT_EQ(window.windowTitle(), QStringLiteral("Accessibility"));
-}
-
-TEST_F(PermissionPage, looksAtTheSessionOnlyWhileItsWindowShows)
-{
-    PermissionWindow window(model, theme);
+    PermissionView view(model, theme);
     EXPECT_EQ(inspector.looks, 0);
-    window.show();
+    view.show();
     EXPECT_EQ(inspector.looks, 1);
-    window.hide();
+    view.hide();
     clock.advance(1min);
     EXPECT_EQ(inspector.looks, 1);
 }
 
-TEST_F(PermissionPage, closesWithEscapeAndSaysSo)
-{
-    PermissionWindow window(model, theme);
-    window.show();
-    const QSignalSpy gone(&window, &PermissionWindow::disappeared);
-    QTest::keyClick(&window, Qt::Key_Escape);
-    EXPECT_FALSE(window.isVisible());
-    EXPECT_EQ(gone.count(), 1);
-}
-
 TEST_F(PermissionPage, relaunchesByItsButtonWhichIsThereOnlyIfItMayHelp)
 {
-    PermissionWindow window(model, theme);
-    window.show();
+    PermissionView view(model, theme);
+    view.show();
     TextButton* relaunch = nullptr;
-    for (TextButton* button : window.findChildren<TextButton*>()) {
+    for (TextButton* button : view.findChildren<TextButton*>()) {
         if (button->text() == QStringLiteral("Relaunch Zelvane Desk")) {
             relaunch = button;
         }
@@ -212,10 +188,10 @@ TEST_F(PermissionPage, relaunchesByItsButtonWhichIsThereOnlyIfItMayHelp)
 TEST_F(PermissionPage, copiesTheCommandByItsButton)
 {
     inspector.found.kind = SessionKind::wayland;
-    PermissionWindow window(model, theme);
-    window.show();
+    PermissionView view(model, theme);
+    view.show();
     TextButton* copy = nullptr;
-    for (TextButton* button : window.findChildren<TextButton*>()) {
+    for (TextButton* button : view.findChildren<TextButton*>()) {
         if (button->text() == QStringLiteral("Copy")) {
             copy = button;
         }
@@ -230,11 +206,11 @@ TEST_F(PermissionPage, copiesTheCommandByItsButton)
 TEST_F(PermissionPage, hasNamesForEverythingThatUsersActOn)
 {
     state = State::stale;
-    PermissionWindow window(model, theme);
-    window.show();
-    EXPECT_EQ(unnamedControls(window), QStringList());
-    EXPECT_TRUE(controlNames(window).contains(QStringLiteral("Relaunch Zelvane Desk")));
-    EXPECT_TRUE(controlNames(window).contains(QStringLiteral("Copy")));
+    PermissionView view(model, theme);
+    view.show();
+    EXPECT_EQ(unnamedControls(view), QStringList());
+    EXPECT_TRUE(controlNames(view).contains(QStringLiteral("Relaunch Zelvane Desk")));
+    EXPECT_TRUE(controlNames(view).contains(QStringLiteral("Copy")));
 }
 
 } // namespace

@@ -351,7 +351,6 @@ QList<Scene> allScenes()
     };
     scenes += manualScenes();
     scenes += settingsScenes();
-    scenes += permissionScenes();
     return scenes;
 }
 

@@ -40,9 +40,6 @@ struct Scene
 
 [[nodiscard]] QList<Scene> allScenes();
 
-/// The page that says what a session lets the program do.
-[[nodiscard]] QList<Scene> permissionScenes();
-
 /// The settings, each page in its states, and their sheets.
 [[nodiscard]] QList<Scene> settingsScenes();
 
