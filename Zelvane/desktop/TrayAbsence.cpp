@@ -17,14 +17,21 @@ TrayAbsence::TrayAbsence(QBindable<bool> available, UserDefaults& defaults, Cloc
     : m_available(available)
     , m_defaults(defaults)
     , m_ways(std::move(ways))
+    , m_change(m_available.addNotifier([this] { watch(); }))
     , m_timer(clock.callLater(limit, [this] { judge(); }))
 {
+    watch();
+}
+
+void TrayAbsence::watch()
+{
+    m_wasSeen = m_wasSeen || m_available.value();
 }
 
 void TrayAbsence::judge()
 {
     const bool told = m_defaults.boolean(toldKey).value_or(false);
-    if (m_available.value()) {
+    if (m_wasSeen) {
         if (told) {
             m_defaults.remove(toldKey);
         }

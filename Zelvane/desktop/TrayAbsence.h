@@ -6,6 +6,7 @@
 #include "settings/UserDefaults.h"
 
 #include <QBindable>
+#include <QPropertyNotifier>
 #include <QString>
 
 #include <chrono>
@@ -38,12 +39,16 @@ public:
                 std::chrono::seconds limit, Ways ways);
 
 private:
+    void watch();
     void judge();
     [[nodiscard]] QCoro::Task<void> tell(std::stop_token stop);
 
     QBindable<bool> m_available;
     UserDefaults& m_defaults;
     Ways m_ways;
+    /// A tray that has been there and goes for a moment, as its panel restarts, isn't missing.
+    bool m_wasSeen = false;
+    QPropertyNotifier m_change;
     std::unique_ptr<Timer> m_timer;
     TaskScope m_tasks;
 };

@@ -69,6 +69,17 @@ TEST_F(Tray, thatComesLateNeedsNoWord)
     EXPECT_THAT(texts(log), ElementsAre());
 }
 
+TEST_F(Tray, thatIsGoneAtTheMomentIsNotMissing)
+{
+    const auto absence = start();
+    clock.advance(1s);
+    available = true;
+    clock.advance(1s);
+    available = false;
+    clock.advance(1h);
+    EXPECT_THAT(texts(log), ElementsAre());
+}
+
 TEST_F(Tray, thatIsMissingIsToldOfAndSettingsOpen)
 {
     const auto absence = start();
