@@ -6,6 +6,7 @@
 
 #include <csignal>
 
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace zelvane::test {
@@ -61,9 +62,15 @@ TEST(EndDeadlineDeathTest, aSecondRequestGivesNoMoreTime)
 
 TEST(EndDeadline, canBeTakenBack)
 {
+    const auto isRunning = [] {
+        itimerval timer{};
+        ::getitimer(ITIMER_REAL, &timer);
+        return timer.it_value.tv_sec != 0 || timer.it_value.tv_usec != 0;
+    };
     beginEndDeadline();
+    EXPECT_TRUE(isRunning());
     cancelEndDeadline();
-    ::usleep(2'900'000);
+    EXPECT_FALSE(isRunning());
 }
 
 } // namespace
