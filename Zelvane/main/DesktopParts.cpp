@@ -11,7 +11,7 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start,
                            const QStringList& loginCommand)
     : m_core(core)
     , m_start(start)
-    , m_interface(core.defaults(), core.settings(), core.dispatch(), core.trace())
+    , m_interface(core.defaults(), core.settings(), core.dispatch(), core.trace(), core.clock())
     , m_settingsWindow(m_interface.windows(), m_interface.activationPolicy(), core.clock(),
                        [this] { return m_settingsScene.openFirst(); })
     , m_permission(desktop.accessibility(), m_settingsWindow, core.defaults(), core.clock())
@@ -24,7 +24,8 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start,
                m_interface.alerts(), m_interface, core.clock()})
     , m_shell(m_interface.windows(), m_interface.activationPolicy(), m_settingsWindow, m_permission,
               launchSteps(),
-              {[] { return std::nullopt; }, [this] { return m_interface.manualWindow(); }})
+              {[this] { return m_interface.onboardingWindow(); },
+               [this] { return m_interface.manualWindow(); }})
     , m_settingsScene(m_interface,
                       {core, m_settingsWindow, m_model, m_hotKeys, m_optionMenu, desktop,
                        m_permission, [this] { m_shell.settingsDisappeared(); }})
@@ -36,6 +37,8 @@ DesktopParts::DesktopParts(ProgramCore& core, Desktop& desktop, Start start,
     if (start == Start::byUser) {
         m_interface.setPromptOnLaunch([this] { m_permission.promptOnLaunchIfNeeded(); });
     }
+    m_interface.setShowsOnboarding(start == Start::byUser);
+    m_interface.setOnboardingLinks(onboardingLinks());
     tellOfActivation();
 }
 
@@ -73,6 +76,23 @@ ApplicationShell::LaunchSteps DesktopParts::launchSteps()
         .deleteRetiredModels = [this] { m_core.deleteRetiredModels(); },
         .stopSmartEngines = [this] { m_core.offlineEngines().stopAllOfflineEngines(); },
         .stopLocalEngines = [this] { m_core.offlineEngines().stopLocalEngines(); },
+    };
+}
+
+OnboardingWindow::Links DesktopParts::onboardingLinks()
+{
+    return {
+        .becomeAccessory =
+            [this] {
+                ActivationPolicy& policy = m_interface.activationPolicy();
+                if (policy.current() != ActivationPolicy::Kind::accessory) {
+                    policy.set(ActivationPolicy::Kind::accessory);
+                }
+            },
+        .hideSettings = [this] { m_settingsWindow.hideSettings(); },
+        .updateActivationPolicy = [this] { m_settingsWindow.updateActivationPolicy(); },
+        .visibilityChanged = [this](bool visible) { m_permission.setOnboardingVisible(visible); },
+        .afterwards = [this] { m_permission.promptFromOnboarding(); },
     };
 }
 

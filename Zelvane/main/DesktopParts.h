@@ -52,6 +52,7 @@ private:
     [[nodiscard]] ApplicationShell::LaunchSteps launchSteps();
     [[nodiscard]] ProgramControl::Actions controlActions();
     [[nodiscard]] MenuBarActions menuBarActions();
+    [[nodiscard]] OnboardingWindow::Links onboardingLinks();
 
     ProgramCore& m_core;
     Start m_start;

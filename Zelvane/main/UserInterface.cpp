@@ -50,8 +50,8 @@ QCoro::Task<QString> translateTyped(const AppSettings& settings, TranslationDisp
 
 struct UserInterface::Parts
 {
-    Parts(UserDefaults& defaults, const AppSettings& settings, TranslationDispatch& dispatch,
-          TranslationTrace& trace)
+    Parts(UserDefaults& defaults, AppSettings& settings, TranslationDispatch& dispatch,
+          TranslationTrace& trace, Clock& clock)
         : linuxAppearance(appearance, QDBusConnection::sessionBus())
         , tray(QDBusConnection::sessionBus())
         , notifications(QDBusConnection::sessionBus())
@@ -70,6 +70,7 @@ struct UserInterface::Parts
                                             std::move(target), std::move(stop));
                   },
                   [](const QString& text) { QGuiApplication::clipboard()->setText(text); }})
+        , onboarding(theme, *windows, origins, settings, clock)
     {
         dressApplication(theme);
         installKeyTranslation(virtualCodeOfKeyEvent);
@@ -93,11 +94,12 @@ struct UserInterface::Parts
     OptionMenuPopup optionMenu;
     ResultPopup popup;
     ManualTranslationWindow manual;
+    OnboardingWindow onboarding;
 };
 
-UserInterface::UserInterface(UserDefaults& defaults, const AppSettings& settings,
-                             TranslationDispatch& dispatch, TranslationTrace& trace)
-    : m_parts(std::make_unique<Parts>(defaults, settings, dispatch, trace))
+UserInterface::UserInterface(UserDefaults& defaults, AppSettings& settings,
+                             TranslationDispatch& dispatch, TranslationTrace& trace, Clock& clock)
+    : m_parts(std::make_unique<Parts>(defaults, settings, dispatch, trace, clock))
 {
 }
 
@@ -162,9 +164,22 @@ std::optional<ApplicationWindow::Id> UserInterface::manualWindow() const
     return panel ? std::optional(m_parts->widgets.idOf(*panel)) : std::nullopt;
 }
 
-// The window behind this is not part of this build.
+std::optional<ApplicationWindow::Id> UserInterface::onboardingWindow() const
+{
+    TranslatorKeyablePanel* panel = m_parts->onboarding.panel();
+    return panel ? std::optional(m_parts->widgets.idOf(*panel)) : std::nullopt;
+}
+
+void UserInterface::setOnboardingLinks(OnboardingWindow::Links links)
+{
+    m_parts->onboarding.setLinks(std::move(links));
+}
+
 void UserInterface::showOnboarding()
 {
+    if (m_showsOnboarding) {
+        m_parts->onboarding.showOnboarding();
+    }
 }
 
 void UserInterface::promptOnLaunchIfNeeded()

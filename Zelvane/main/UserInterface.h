@@ -13,6 +13,7 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "ui/menubar/MenuBarActions.h"
+#include "ui/onboarding/OnboardingWindow.h"
 
 #include <QBindable>
 #include <QString>
@@ -30,8 +31,8 @@ class UserInterface final : public AppModelWindows
 {
 public:
     /// A QApplication must exist. All must outlive this object.
-    UserInterface(UserDefaults& defaults, const AppSettings& settings,
-                  TranslationDispatch& dispatch, TranslationTrace& trace);
+    UserInterface(UserDefaults& defaults, AppSettings& settings, TranslationDispatch& dispatch,
+                  TranslationTrace& trace, Clock& clock);
     ~UserInterface() override;
 
     [[nodiscard]] AlertPresenter& alerts();
@@ -42,13 +43,20 @@ public:
     void resetWindowLocations();
     /// The translation window while it is open.
     [[nodiscard]] std::optional<ApplicationWindow::Id> manualWindow() const;
+    /// The introduction while it is open.
+    [[nodiscard]] std::optional<ApplicationWindow::Id> onboardingWindow() const;
     [[nodiscard]] const Theme& theme() const;
     [[nodiscard]] Notifications& notifications();
     /// Whether the desktop has a place for tray icons.
     [[nodiscard]] QBindable<bool> trayAvailable() const;
 
+    /// What the introduction does to the rest of the program. To be called before it is shown.
+    void setOnboardingLinks(OnboardingWindow::Links links);
     /// What a launch after the introduction was seen does about the permission.
     void setPromptOnLaunch(std::function<void()> prompt) { m_promptOnLaunch = std::move(prompt); }
+
+    /// Whether a launch may show the introduction at all; so it is until told otherwise.
+    void setShowsOnboarding(bool shows) { m_showsOnboarding = shows; }
 
     void presentTranslationResult(const QString& original, const QString& translated,
                                   const QString& diagnostics) override;
@@ -62,6 +70,7 @@ private:
     struct Parts;
     std::unique_ptr<Parts> m_parts;
     std::function<void()> m_promptOnLaunch = [] {};
+    bool m_showsOnboarding = true;
 };
 
 /// The program's item in the tray, which appears as soon as there is one.

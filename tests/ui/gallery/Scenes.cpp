@@ -350,6 +350,7 @@ QList<Scene> allScenes()
                     {localizedText(QStringLiteral("OK"))}}),
     };
     scenes += manualScenes();
+    scenes += onboardingScenes();
     scenes += settingsScenes();
     return scenes;
 }

@@ -46,4 +46,7 @@ struct Scene
 /// The window into which the user types.
 [[nodiscard]] QList<Scene> manualScenes();
 
+/// The introduction, slide by slide.
+[[nodiscard]] QList<Scene> onboardingScenes();
+
 } // namespace zelvane::gallery
