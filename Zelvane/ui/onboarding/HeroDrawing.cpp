@@ -109,17 +109,18 @@ public:
 
     void symbol(QPointF centre, int size, const QString& name, double opacity = 1) const
     {
-        picture(centre, size, symbolPixmap(name, white(opacity), size, m_ratio));
+        picture(centre, size, symbolPixmap(name, white(opacity), size, pixelRatio()));
     }
 
     void darkSymbol(QPointF centre, int size, const QString& name) const
     {
-        picture(centre, size, symbolPixmap(name, paleInk, size, m_ratio));
+        picture(centre, size, symbolPixmap(name, paleInk, size, pixelRatio()));
     }
 
     void applicationIcon(QPointF centre, int size) const
     {
-        picture(centre, size, picturePixmap(QStringLiteral("org.zelvane.desk"), size, m_ratio));
+        picture(centre, size,
+                picturePixmap(QStringLiteral("org.zelvane.desk"), size, pixelRatio()));
     }
 
     /// One line, which becomes smaller where a language needs more room than there is.
@@ -150,15 +151,17 @@ public:
     }
 
 private:
-    /// On whole pixels, so that thin lines stay sharp.
+    /// On whole pixels of the device, so that thin lines stay sharp.
     void picture(QPointF centre, int size, const QPixmap& pixmap) const
     {
         const QPointF corner = centre - QPointF(size / 2.0, size / 2.0);
         const QTransform transform = m_painter.transform();
-        const QPointF onDevice = transform.map(corner) * m_ratio;
-        const QPointF sharp = QPointF(onDevice.toPoint()) / m_ratio;
+        const QPointF sharp = QPointF((transform.map(corner) * m_ratio).toPoint()) / m_ratio;
         m_painter.drawPixmap(transform.inverted().map(sharp), pixmap);
     }
+
+    /// The pixels that a picture has for each unit of the drawing.
+    [[nodiscard]] double pixelRatio() const { return m_painter.transform().m11() * m_ratio; }
 
     QPainter& m_painter;
     double m_ratio;
@@ -266,6 +269,14 @@ void drawMenuBar(const Brush& brush)
     const QRectF bar(screen.left() + 10, screen.top() + 10, screen.width() - 20, 38);
     brush.glass(bar, 10, 0.16);
     const double middle = bar.center().y();
+
+    // Some window on that screen.
+    const QRectF window(screen.left() + 34, screen.top() + 70, 190, 102);
+    brush.glass(window, 12, 0.06);
+    for (int i = 0; i < 3; ++i) {
+        brush.line({window.left() + 16, window.top() + 24 + (i * 20.0), i < 2 ? 150.0 : 96.0, 6},
+                   white(0.13));
+    }
 
     brush.symbol({bar.left() + 24, middle}, 20, QStringLiteral("applelogo"));
     double x = bar.left() + 50;

@@ -11,6 +11,8 @@ namespace zelvane {
 
 namespace {
 
+/// How much of the hero the drawing fills.
+constexpr double drawingScale = 1.08;
 constexpr std::chrono::milliseconds arrivalDuration{220};
 
 QColor colorOf(const SrgbColor& color)
@@ -87,6 +89,7 @@ QPixmap OnboardingHero::drawn(OnboardingIllustration illustration) const
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(roundedAtTop(QRectF(rect()), radius), gradient);
     painter.translate(QRectF(rect()).center());
+    painter.scale(drawingScale, drawingScale);
     drawHero(painter, illustration, ratio);
     return pixmap;
 }

@@ -13,7 +13,7 @@ namespace zelvane {
 
 namespace {
 
-constexpr int heroHeight = 260;
+constexpr int heroHeight = 296;
 constexpr int fadeMilliseconds = 220;
 
 } // namespace
