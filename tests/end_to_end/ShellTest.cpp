@@ -1,6 +1,7 @@
 // How the program lives in the session: what it does where keys can't be pressed and where there is
 // no tray, how it starts again, and how it ends.
 
+#include "end_to_end/GreedyProgram.h"
 #include "end_to_end/ZelvaneSession.h"
 #include "support/Await.h"
 
@@ -21,21 +22,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 const QString settingsTitle = QStringLiteral("^Settings$");
-
-/// Lets no other program have the chord that the probe of the permission grabs.
-const char* const greedyProgram = R"(
-import ctypes, signal
-x = ctypes.CDLL("libX11.so.6")
-x.XOpenDisplay.restype = ctypes.c_void_p
-x.XDefaultRootWindow.restype = ctypes.c_ulong
-display = ctypes.c_void_p(x.XOpenDisplay(None))
-last_key, any_modifier, asynchronous = 255, 1 << 15, 1
-x.XGrabKey(display, last_key, any_modifier, ctypes.c_ulong(x.XDefaultRootWindow(display)), 0,
-           asynchronous, asynchronous)
-x.XSync(display, 0)
-print("ready", flush=True)
-signal.pause()
-)";
 
 /// A panel of today's desktops: programs register their icons with it over the bus.
 class TrayHost final : public QObject
