@@ -309,7 +309,7 @@ void drawAccessibility(const Brush& brush)
     brush.symbol({0, -26}, 72, QStringLiteral("accessibility"));
     const QString path = localizedText(QStringLiteral("Privacy & Security → Accessibility"));
     const QFont face = font(15, QFont::DemiBold);
-    const QRectF chip = around({0, 84}, {std::min(widthOf(path, face) + 40, 430.0), 36});
+    const QRectF chip = around({0, 84}, {std::min(widthOf(path, face) + 40, 404.0), 36});
     brush.glass(chip, 18, 0.17);
     brush.text(chip.adjusted(16, 0, -16, 0), path, face, white(1));
 }
