@@ -13,7 +13,7 @@ const QString firstSlide = QStringLiteral("^AI translation without limits$");
 const QString thirdSlide = QStringLiteral("^Replace selection in one keystroke$");
 const QString fourthSlide = QStringLiteral("^See the translation before you commit$");
 const QString lastSlide = QStringLiteral("^Unlock the full power$");
-const QString settingsTitle = QStringLiteral("^(Settings|Accessibility)$");
+const QString settingsTitle = QStringLiteral("^Settings$");
 
 class FirstLaunch : public ::testing::Test
 {
