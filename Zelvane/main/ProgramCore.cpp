@@ -8,7 +8,8 @@
 namespace zelvane {
 
 ProgramCore::ProgramCore(UserStore& store, const QString& key, Clock& clock, StopSequence& stop)
-    : m_clock(clock)
+    : m_keyOfThisRun(key)
+    , m_clock(clock)
     , m_stop(stop)
     , m_defaults(store.defaults())
     , m_applicationSupport(store.locations().applicationSupportDirectory())

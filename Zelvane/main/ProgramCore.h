@@ -35,6 +35,8 @@ public:
     /// For calls that may have to wait for another program or the disk.
     [[nodiscard]] Worker& worker() { return m_worker; }
     [[nodiscard]] AppSettings& settings() { return m_settings; }
+    /// The key that the program was given for this run; empty if there is none.
+    [[nodiscard]] const QString& keyOfThisRun() const { return m_keyOfThisRun; }
     [[nodiscard]] TranslationTrace& trace() { return m_trace; }
     [[nodiscard]] GlossaryStore& glossary() { return m_glossary; }
     [[nodiscard]] GlossaryManager& glossaryManager() { return m_glossaryManager; }
@@ -47,6 +49,7 @@ public:
     void deleteRetiredModels();
 
 private:
+    const QString m_keyOfThisRun;
     Clock& m_clock;
     StopSequence& m_stop;
     UserDefaults& m_defaults;

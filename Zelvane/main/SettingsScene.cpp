@@ -92,6 +92,7 @@ struct SettingsScene::Parts
                     return core.onlineEngines().models().fetchRemoteModels(provider, std::move(key),
                                                                            std::move(stop));
                 },
+            .keyOfThisRun = core.keyOfThisRun(),
             .engine =
                 [this, &core](SmartOfflineVariant variant) {
                     return controlsOf(core.offlineEngines(), variant);

@@ -109,7 +109,7 @@ TEST(Shell, withoutTheTestExtensionItSaysWhatIsMissingAndLivesOn)
     ZelvaneSession session(options);
     const auto outcome = session.desktop.run(
         QStringLiteral("timeout"),
-        {QStringLiteral("--preserve-status"), QStringLiteral("2"), QStringLiteral(ZELVANE_PROGRAM),
+        {QStringLiteral("--preserve-status"), QStringLiteral("3"), QStringLiteral(ZELVANE_PROGRAM),
          QStringLiteral("--profile"), session.desktop.home() + QStringLiteral("/profile")});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(outcome.errors.contains("zelvane-desk: The X server lacks the extension XTEST"));

@@ -18,9 +18,10 @@ bool listsModels(AIProvider provider)
 
 } // namespace
 
-ModelListModel::ModelListModel(AppSettings& settings, Fetch fetch)
+ModelListModel::ModelListModel(AppSettings& settings, Fetch fetch, QString keyOfThisRun)
     : m_settings(settings)
     , m_fetch(std::move(fetch))
+    , m_keyOfThisRun(text::trimmed(keyOfThisRun))
 {
     m_providerChange = settings.bindableProvider().addNotifier([this] { providerChanged(); });
     m_keyChange = settings.bindableApiKey().addNotifier([this] { keyArrived(); });
@@ -38,7 +39,8 @@ ModelListModel::ModelListModel(AppSettings& settings, Fetch fetch)
 void ModelListModel::saveKey(const QString& key)
 {
     const QString trimmed = text::trimmed(key);
-    m_awaitsKey = false; // this one is tried below
+    m_awaitsKey = false;        // this one is tried below
+    m_keyOfThisRun = QString(); // the user wants to keep what was typed
     m_settings.setApiKey(trimmed);
     if (trimmed.isEmpty()) {
         m_settings.clearKey(m_settings.provider());
@@ -117,7 +119,9 @@ QCoro::Task<void> ModelListModel::take(QList<RemoteModel> models, std::stop_toke
     m_remoteModels = models;
     m_apiKeyVerified = true;
     // The key has proved itself.
-    const bool saved = co_await m_settings.saveKey();
+    const bool isLent =
+        !m_keyOfThisRun.isEmpty() && text::trimmed(m_settings.apiKey()) == m_keyOfThisRun;
+    const bool saved = isLent || co_await m_settings.saveKey();
     if (stop.stop_requested()) {
         co_return;
     }

@@ -25,7 +25,9 @@ public:
         std::function<QCoro::Task<QList<RemoteModel>>(AIProvider, QString, std::stop_token)>;
 
     /// Loads at once, and after each change of the provider. `settings` must outlive this object.
-    ModelListModel(AppSettings& settings, Fetch fetch);
+    /// `keyOfThisRun` is a key that the program was given for this run only, and that is not stored
+    /// when it works; empty if there is none.
+    ModelListModel(AppSettings& settings, Fetch fetch, QString keyOfThisRun = {});
 
     [[nodiscard]] QList<RemoteModel> remoteModels() const { return m_remoteModels; }
     [[nodiscard]] QBindable<QList<RemoteModel>> bindableRemoteModels() const
@@ -62,6 +64,7 @@ private:
 
     AppSettings& m_settings;
     Fetch m_fetch;
+    QString m_keyOfThisRun;
     TaskScope m_loads;
     /// The key of a new provider comes later than the provider.
     bool m_awaitsKey = true;

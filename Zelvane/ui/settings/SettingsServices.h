@@ -34,6 +34,8 @@ struct SettingsServices
     AppSettings& settings;
     UserDefaults& defaults;
     ModelListModel::Fetch fetchModels;
+    /// See `ModelListModel`.
+    QString keyOfThisRun = {}; // NOLINT(readability-redundant-member-init)
     std::function<EngineControls(SmartOfflineVariant)> engine;
     /// The user has picked a provider: its model is loaded, or those of the others are unloaded.
     std::function<void(AIProvider)> providerPicked;

@@ -82,6 +82,7 @@ HotKeyBindSheet::HotKeyBindSheet(const Theme& theme, QWidget& over,
 
     setDefaultButton(m_save);
     setCancelButton(m_cancel);
+    setFocusProxy(m_save);
     connect(m_clear, &QAbstractButton::clicked, m_model.get(), &HotKeyBindModel::clear);
     connect(m_cancel, &QAbstractButton::clicked, this, &Sheet::dismiss);
     connect(m_save, &QAbstractButton::clicked, this, [this] {

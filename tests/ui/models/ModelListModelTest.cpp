@@ -103,6 +103,20 @@ TEST_F(ModelListModelTest, loadsTheModelsOfAKeyWhenItIsOpened)
     EXPECT_EQ(backend.items.value(openAIAccount), QByteArray("sk-1"));
 }
 
+TEST_F(ModelListModelTest, aKeyForThisRunIsTriedAndNotStored)
+{
+    settings.setApiKey(QStringLiteral("sk-1"));
+    model = std::make_unique<ModelListModel>(settings, listing.fetch(), QStringLiteral("sk-1"));
+    answer(0, listed);
+    EXPECT_TRUE(model->apiKeyVerified());
+    EXPECT_EQ(model->modelsError(), QString());
+    EXPECT_FALSE(backend.items.contains(openAIAccount));
+
+    model->saveKey(QStringLiteral("sk-1"));
+    answer(1, listed);
+    EXPECT_EQ(backend.items.value(openAIAccount), QByteArray("sk-1"));
+}
+
 TEST_F(ModelListModelTest, asksNobodyWithoutAKey)
 {
     ModelListModel& model = opened(QStringLiteral(" \n"));
