@@ -133,7 +133,7 @@ class SetupScripts(unittest.TestCase):
     def test_each_failure_of_the_package_manager_is_one_sentence(self):
         log = self.tree / "build/setup.log"
         for output, sentence in {
-            "Temporary failure resolving 'deb.debian.org'\nE: Unable to locate package clang-19":
+            "Temporary failure resolving 'packages.example'\nE: Unable to locate package clang-19":
                 f"run: the packages could not be fetched: is there a network connection? (see {log})",
             "E: Unable to locate package clang-19":
                 "run: this system's package sources have no 'clang-19': they must be those of"
