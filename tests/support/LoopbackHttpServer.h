@@ -43,6 +43,10 @@ struct RecordedRequest
 /// `bytes` in the gzip format.
 [[nodiscard]] QByteArray gzipped(const QByteArray& bytes);
 
+/// A body of which no client that gives up early takes half, however late a busy machine lets it
+/// notice: what has come in meanwhile counts as sent.
+inline constexpr qint64 hugeBody = qint64(1) << 30;
+
 /// What the server does about one request: steps, one after the other. An answer that doesn't end
 /// in `close` leaves the connection open for the next request; one without any step keeps silent.
 class Answer
