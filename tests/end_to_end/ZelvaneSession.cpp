@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace zelvane::test {
@@ -17,6 +18,8 @@ using namespace std::chrono_literals;
 constexpr auto patience = 15s;
 
 const char* const program = ZELVANE_PROGRAM;
+/// A part of the program's name on the accessibility bus.
+const QString accessibleName = QStringLiteral("elvane");
 
 const char* const reader = R"(
 import sys, gi
@@ -63,6 +66,10 @@ ZelvaneSession::ZelvaneSession(const DesktopSession::Options& options)
     : desktop(options)
 {
     desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QStringLiteral("end-to-end-key"));
+    if (options.accessibilityBus) {
+        desktop.setVariable(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"),
+                            QStringLiteral("1"));
+    }
     const QJsonArray pairs{pair(QStringLiteral("German"), 5),
                            pair(QStringLiteral("English (US)"), 14)};
     const QString json = QString::fromUtf8(QJsonDocument(pairs).toJson(QJsonDocument::Compact));
@@ -228,6 +235,46 @@ void ZelvaneSession::waitUntilGone(const QString& title)
     if (!waitUntil([&] { return !windowIsVisible(title); }, patience)) {
         giveUp(QStringLiteral("there is still a window ") + title);
     }
+}
+
+void ZelvaneSession::press(const QString& name, int number)
+{
+    QByteArray place;
+    const auto look = [&] {
+        const auto found = desktop.run(QStringLiteral(ZELVANE_PLACE_ACCESSIBLE),
+                                       {accessibleName, name, QString::number(number)});
+        place = found.output.trimmed();
+        return found.exitCode == 0;
+    };
+    if (!waitUntil(look, 5s)) {
+        giveUp(QStringLiteral("there is no control %1; the program shows:\n").arg(name) +
+               elements().join(u'\n'));
+    }
+    const QStringList middle = QString::fromLatin1(place).split(u' ');
+    desktop.xdotool({QStringLiteral("mousemove"), middle.value(0), middle.value(1),
+                     QStringLiteral("click"), QStringLiteral("1")});
+}
+
+QStringList ZelvaneSession::elements()
+{
+    return QString::fromUtf8(
+               desktop.run(QStringLiteral(ZELVANE_WALK_ACCESSIBLE), {accessibleName}).output)
+        .split(u'\n', Qt::SkipEmptyParts);
+}
+
+bool ZelvaneSession::shows(const QString& name, std::chrono::milliseconds limit)
+{
+    return waitUntil(
+        [&] {
+            const QStringList found = elements();
+            return std::ranges::any_of(found, [&](QString element) {
+                if (element.endsWith(QStringLiteral(" *"))) {
+                    element.chop(2);
+                }
+                return element.section(u'\t', 1) == name;
+            });
+        },
+        limit);
 }
 
 void ZelvaneSession::setClipboard(const QByteArray& bytes, const QString& type)

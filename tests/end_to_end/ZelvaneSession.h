@@ -72,6 +72,17 @@ public:
     [[nodiscard]] bool windowIsVisible(const QString& title);
     void waitUntilGone(const QString& title);
 
+    /// Clicks on a control of the program's that can be used, as soon as it shows: the one with
+    /// this name for screen readers, the `number`th if there are several. Needs the accessibility
+    /// bus.
+    void press(const QString& name, int number = 1);
+    /// What a screen reader finds in the program's windows: "role\tname", with " *" at what has the
+    /// focus. Needs the accessibility bus.
+    [[nodiscard]] QStringList elements();
+    /// Waits until the program shows something of this name; false if it doesn't.
+    [[nodiscard]] bool shows(const QString& name,
+                             std::chrono::milliseconds limit = std::chrono::seconds(5));
+
     /// Puts bytes on the clipboard under one type, as another program would.
     void setClipboard(const QByteArray& bytes, const QString& type = QStringLiteral("UTF8_STRING"));
     [[nodiscard]] QByteArray clipboard(const QString& type = QStringLiteral("UTF8_STRING"));
