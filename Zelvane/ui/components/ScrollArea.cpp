@@ -2,6 +2,7 @@
 
 #include "ui/components/SlimScrollBar.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QStyle>
 
@@ -18,6 +19,22 @@ ScrollArea::ScrollArea(const Theme& theme, QWidget* parent)
     setFocusPolicy(Qt::NoFocus);
     viewport()->setAutoFillBackground(false);
     m_bar->follow(*verticalScrollBar());
+    connect(qApp, &QApplication::focusChanged, this, &ScrollArea::follow);
+}
+
+ScrollArea::~ScrollArea()
+{
+    disconnect(qApp, nullptr, this, nullptr); // the focus moves once more while Qt takes it apart
+}
+
+/// Qt does this for the Tab key only, not for a screen reader.
+void ScrollArea::follow(const QWidget* before, QWidget* now)
+{
+    const bool isMove = before && before->window() == window();
+    const bool isClick = QApplication::mouseButtons() != Qt::NoButton;
+    if (now && isMove && !isClick && widget() && widget()->isAncestorOf(now)) {
+        ensureWidgetVisible(now);
+    }
 }
 
 void ScrollArea::setContent(QWidget* content)

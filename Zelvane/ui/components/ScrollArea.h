@@ -17,6 +17,7 @@ class ScrollArea final : public QScrollArea
 public:
     /// `theme` must outlive the area.
     explicit ScrollArea(const Theme& theme, QWidget* parent = nullptr);
+    ~ScrollArea() override;
 
     /// Shows `content` at the area's width, and takes it over.
     void setContent(QWidget* content);
@@ -26,6 +27,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void follow(const QWidget* before, QWidget* now);
     void fitContent();
     void placeBar();
 
