@@ -44,6 +44,9 @@ class Element:
         """Left, top, width and height on the screen."""
         return self.call(COMPONENT, "GetExtents", 0, signature="(u)")
 
+    def take_focus(self):
+        self.call(COMPONENT, "GrabFocus")
+
 
 def connect():
     session = Gio.bus_get_sync(Gio.BusType.SESSION)
