@@ -13,6 +13,7 @@
 #include "ui/menubar/MenuBarController.h"
 #include "ui/menubar/MenuBarModel.h"
 #include "ui/optionmenu/OptionMenuPopup.h"
+#include "ui/panel/ScreenWatch.h"
 #include "ui/panel/WindowOrigins.h"
 #include "ui/result/ResultPopup.h"
 #include "ui/sheets/KeyCapture.h"
@@ -90,6 +91,7 @@ struct UserInterface::Parts
     WidgetWindows widgets;
     WidgetActivationPolicy policy;
     WindowOrigins origins;
+    ScreenWatch screenWatch{systemScreens()};
     AlertWindowPresenter alerts;
     OptionMenuPopup optionMenu;
     ResultPopup popup;

@@ -37,6 +37,25 @@ void signalGroup(const QProcess& process, int signal)
     }
 }
 
+QSize deskAround(const QList<QRect>& monitors)
+{
+    QRect desk;
+    for (const QRect& monitor : monitors) {
+        desk |= monitor;
+    }
+    return desk.isNull() ? QSize(1280, 800) : desk.size();
+}
+
+QString asText(QSize size)
+{
+    return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
+}
+
+QString monitorName(int number)
+{
+    return QStringLiteral("monitor-%1").arg(number);
+}
+
 QByteArray readLine(QProcess& process, std::chrono::milliseconds limit)
 {
     QDeadlineTimer deadline(limit);
@@ -59,7 +78,7 @@ DesktopSession::DesktopSession(const Options& options)
     : DesktopSession(Bare())
 {
     // From here on the destructor ends what was started, also if the next thing doesn't start.
-    startServer(options.serverArguments);
+    startServer(options);
     if (options.sessionBus) {
         startBus();
     }
@@ -196,6 +215,31 @@ void DesktopSession::screenshot(const QString& path) const
     }
 }
 
+void DesktopSession::unplugMonitor(int number) const
+{
+    runXrandr({QStringLiteral("--delmonitor"), monitorName(number)});
+}
+
+void DesktopSession::plugMonitor(int number, const QRect& place) const
+{
+    // The server's only output belongs to the first one.
+    const QString output = number == 0 ? QStringLiteral("screen") : QStringLiteral("none");
+    const QString geometry = QStringLiteral("%1/300x%2/200+%3+%4")
+                                 .arg(place.width())
+                                 .arg(place.height())
+                                 .arg(place.x())
+                                 .arg(place.y());
+    runXrandr({QStringLiteral("--setmonitor"), monitorName(number), geometry, output});
+}
+
+void DesktopSession::runXrandr(const QStringList& arguments) const
+{
+    const Outcome outcome = run(QStringLiteral("xrandr"), arguments);
+    if (outcome.exitCode != 0) {
+        giveUp(QStringLiteral("xrandr failed: ") + QString::fromUtf8(outcome.errors));
+    }
+}
+
 void DesktopSession::freeze(const QProcess& process)
 {
     signalGroup(process, SIGSTOP);
@@ -222,15 +266,23 @@ void DesktopSession::killBus()
     kill(*m_bus);
 }
 
-void DesktopSession::startServer(const QStringList& arguments)
+void DesktopSession::startServer(const Options& options)
 {
-    QStringList all{QStringLiteral("-displayfd"),  QStringLiteral("1"),
-                    QStringLiteral("-screen"),     QStringLiteral("0"),
-                    QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"),
-                    QStringLiteral("tcp"),         QStringLiteral("-noreset")};
-    m_server = &start(QStringLiteral("Xvfb"), all + arguments);
+    const QSize desk = deskAround(options.monitors);
+    const QStringList all{QStringLiteral("-displayfd"),
+                          QStringLiteral("1"),
+                          QStringLiteral("-screen"),
+                          QStringLiteral("0"),
+                          asText(desk) + QStringLiteral("x24"),
+                          QStringLiteral("-nolisten"),
+                          QStringLiteral("tcp"),
+                          QStringLiteral("-noreset")};
+    m_server = &start(QStringLiteral("Xvfb"), all + options.serverArguments);
     m_display = ":" + readLine(*m_server, programLimit);
     setVariable(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
+    for (int number = 0; number < options.monitors.size(); ++number) {
+        plugMonitor(number, options.monitors[number]);
+    }
 }
 
 void DesktopSession::startBus()

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QRect>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -27,6 +29,8 @@ public:
         /// Needs the session bus.
         bool accessibilityBus = false;
         QStringList serverArguments = {}; // NOLINT(readability-redundant-member-init)
+        /// The monitors of the desk, numbered from 0; none is one of 1280 by 800.
+        QList<QRect> monitors = {}; // NOLINT(readability-redundant-member-init)
     };
 
     struct Outcome
@@ -71,6 +75,10 @@ public:
     /// Gives the window the focus and waits until it has it.
     void focusWindow(const QString& window) const;
 
+    /// Takes a monitor off the desk, or puts it there again, while everything runs.
+    void unplugMonitor(int number) const;
+    void plugMonitor(int number, const QRect& place) const;
+
     /// Saves what the screen shows as a PNG file.
     void screenshot(const QString& path) const;
 
@@ -92,7 +100,8 @@ private:
     };
 
     explicit DesktopSession(Bare tag);
-    void startServer(const QStringList& arguments);
+    void startServer(const Options& options);
+    void runXrandr(const QStringList& arguments) const;
     void startBus();
     void startAccessibilityBus();
     void startWindowManager();

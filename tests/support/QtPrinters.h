@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QPoint>
+#include <QRect>
 #include <QString>
 
 #include <ostream>
@@ -16,4 +18,15 @@ inline void PrintTo(const QString& text, std::ostream* stream)
 inline void PrintTo(const QByteArray& bytes, std::ostream* stream)
 {
     *stream << '"' << bytes.toStdString() << '"';
+}
+
+inline void PrintTo(QPoint point, std::ostream* stream)
+{
+    *stream << point.x() << ',' << point.y();
+}
+
+inline void PrintTo(const QRect& rectangle, std::ostream* stream)
+{
+    PrintTo(rectangle.topLeft(), stream);
+    *stream << ' ' << rectangle.width() << 'x' << rectangle.height();
 }

@@ -1,0 +1,145 @@
+// The windows on a desk with two monitors, one of which comes and goes.
+
+#include "end_to_end/ZelvaneSession.h"
+#include "support/Await.h"
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <QRegularExpression>
+
+namespace zelvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const QRect left(0, 0, 1280, 800);
+const QRect right(1280, 0, 1280, 800);
+
+const QString translationWindow = QStringLiteral("^Translation Window$");
+const QString popup = QStringLiteral("^Translation$");
+
+DesktopSession::Options twoMonitors()
+{
+    DesktopSession::Options options = ZelvaneSession::wholeDesktop();
+    options.monitors = {left, right};
+    return options;
+}
+
+class TwoMonitors : public ::testing::Test
+{
+protected:
+    TwoMonitors()
+        : session(twoMonitors())
+    {
+    }
+
+    /// The translation window in the size of its own, 640 by 560, when it shows.
+    QString open()
+    {
+        session.zelvane({QStringLiteral("show"), QStringLiteral("translation")});
+        return session.waitForWindow(translationWindow);
+    }
+
+    QString openPopup()
+    {
+        session.openReader(QStringLiteral("hello world"));
+        session.selectAll();
+        session.key(ZelvaneSession::toGerman);
+        session.waitForReport(++m_runs);
+        return session.waitForWindow(popup);
+    }
+
+    void close(const QString& title)
+    {
+        session.key("Escape");
+        session.waitUntilGone(title);
+    }
+
+    [[nodiscard]] QPoint place(const QString& window)
+    {
+        const QString text = QString::fromLatin1(session.desktop.xdotool(
+            {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window}));
+        static const QRegularExpression numbers(QStringLiteral("X=(-?\\d+)\\s+Y=(-?\\d+)"));
+        const auto match = numbers.match(text);
+        return {match.captured(1).toInt(), match.captured(2).toInt()};
+    }
+
+    /// Where the window is once it is there, or else in the end.
+    [[nodiscard]] QPoint placeWhenAt(const QString& window, QPoint expected)
+    {
+        waitUntil([&] { return place(window) == expected; }, 3s);
+        return place(window);
+    }
+
+    void move(const QString& window, QPoint place)
+    {
+        session.desktop.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), window,
+                                 QString::number(place.x()), QString::number(place.y())});
+    }
+
+    void movePointer(QPoint place)
+    {
+        session.desktop.xdotool(
+            {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())});
+    }
+
+    ZelvaneSession session;
+
+private:
+    int m_runs = 0;
+};
+
+TEST_F(TwoMonitors, theTranslationWindowOpensWhereItWasLeft)
+{
+    session.start();
+    const QPoint onTheRight(1500, 100);
+    move(open(), onTheRight);
+    close(translationWindow);
+    EXPECT_EQ(placeWhenAt(open(), onTheRight), onTheRight);
+    session.quit();
+    session.start();
+    EXPECT_EQ(placeWhenAt(open(), onTheRight), onTheRight);
+}
+
+TEST_F(TwoMonitors, theTranslationWindowComesToTheOtherMonitorWhenItsOwnWentBetweenTwoRuns)
+{
+    session.start();
+    move(open(), {1500, 100});
+    close(translationWindow);
+    session.quit();
+    session.desktop.unplugMonitor(1);
+    session.start();
+    EXPECT_EQ(placeWhenAt(open(), {640, 100}), QPoint(640, 100));
+}
+
+TEST_F(TwoMonitors, openWindowsComeToTheOtherMonitorWhenTheirOwnGoes)
+{
+    session.start();
+    const QString window = open();
+    move(window, {1500, 100});
+    session.desktop.unplugMonitor(1);
+    EXPECT_EQ(placeWhenAt(window, {640, 100}), QPoint(640, 100));
+}
+
+TEST_F(TwoMonitors, thePopupOpensWhereItWasLeftAndComesToTheOtherMonitorWhenItsOwnGoes)
+{
+    session.start();
+    move(openPopup(), {1600, 200});
+    close(popup);
+    const QString again = openPopup();
+    EXPECT_EQ(placeWhenAt(again, {1600, 200}), QPoint(1600, 200));
+    session.desktop.unplugMonitor(1);
+    EXPECT_EQ(placeWhenAt(again, {760, 200}), QPoint(760, 200));
+}
+
+TEST_F(TwoMonitors, aWindowWithoutAPlaceOpensInTheMiddleOfTheMonitorWithThePointer)
+{
+    session.start();
+    movePointer({2000, 700});
+    EXPECT_EQ(placeWhenAt(open(), {1600, 120}), QPoint(1600, 120));
+    close(translationWindow);
+}
+
+} // namespace
+} // namespace zelvane::test
