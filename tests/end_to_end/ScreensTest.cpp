@@ -1,6 +1,6 @@
 // The windows on a desk with two monitors, one of which comes and goes.
 
-#include "end_to_end/ZelvaneSession.h"
+#include "end_to_end/Tray.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 
@@ -139,6 +139,27 @@ TEST_F(TwoMonitors, aWindowWithoutAPlaceOpensInTheMiddleOfTheMonitorWithThePoint
     movePointer({2000, 700});
     EXPECT_EQ(placeWhenAt(open(), {1600, 120}), QPoint(1600, 120));
     close(translationWindow);
+}
+
+TEST_F(TwoMonitors, resettingTheirPlacesCentresOpenWindowsOnTheMonitorWithThePointer)
+{
+    session.start();
+    const QString window = open();
+    move(window, {1500, 100});
+    session.zelvane({QStringLiteral("show"), QStringLiteral("settings")});
+    session.waitForWindow(QStringLiteral("^Settings$"));
+    session.press(QStringLiteral("Behavior"));
+    session.press(QStringLiteral("Reset"));
+    EXPECT_EQ(placeWhenAt(window, {320, 120}), QPoint(320, 120));
+    EXPECT_TRUE(session.shows(QStringLiteral("Done")));
+}
+
+TEST_F(TwoMonitors, thePanelOfTheTrayOpensOnTheMonitorOfItsIcon)
+{
+    Tray tray(session, 2);
+    session.start();
+    const QRect panel(place(tray.openPanel()), QSize(320, 1));
+    EXPECT_TRUE(right.contains(panel)) << testing::PrintToString(panel);
 }
 
 } // namespace

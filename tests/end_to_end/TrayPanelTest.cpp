@@ -1,6 +1,6 @@
 // The panel of the program itself, at its icon in a real tray.
 
-#include "end_to_end/ZelvaneSession.h"
+#include "end_to_end/Tray.h"
 #include "support/Await.h"
 
 #include <gmock/gmock.h>
@@ -12,48 +12,12 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 
-const QString panelTitle = QStringLiteral("^Zelvane Desk$");
-
 class TrayPanelTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        const QString tray = session.desktop.writeFile(
-            QStringLiteral("tint2rc"),
-            "panel_items = S\npanel_position = bottom right horizontal\npanel_size = 200 32\n"
-            "systray_icon_size = 22\n");
-        session.desktop.start(QStringLiteral("tint2"), {QStringLiteral("-c"), tray});
-        session.desktop.setVariable(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"),
-                                    QStringLiteral("1"));
-        session.start();
-    }
+    TrayPanelTest() { session.start(); }
 
-    /// Clicks until the panel is there: a tray moves an icon while it takes it in.
-    void openPanel()
-    {
-        ASSERT_TRUE(waitUntil(
-            [&] {
-                clickIcon();
-                return waitUntil([&] { return session.windowIsVisible(panelTitle); }, 1s);
-            },
-            5s));
-    }
-
-    /// Clicks on the program's window in the tray, the only one of its windows that shows unasked,
-    /// if it is there already.
-    void clickIcon()
-    {
-        const auto xdotool = [this](const QStringList& arguments) {
-            return QString::fromLatin1(
-                session.desktop.run(QStringLiteral("xdotool"), arguments).output.trimmed());
-        };
-        const QString icon = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                      QStringLiteral("--class"), QStringLiteral("elvane")});
-        xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), icon,
-                 QStringLiteral("11"), QStringLiteral("11"), QStringLiteral("click"),
-                 QStringLiteral("1")});
-    }
+    void openPanel() { tray.openPanel(); }
 
     /// What a screen reader finds in the program's windows.
     [[nodiscard]] std::string walk()
@@ -64,6 +28,7 @@ protected:
     }
 
     ZelvaneSession session;
+    Tray tray{session};
 };
 
 TEST_F(TrayPanelTest, showsPairsAndCommandsAndClosesOnAClickElsewhere)
@@ -79,14 +44,14 @@ TEST_F(TrayPanelTest, showsPairsAndCommandsAndClosesOnAClickElsewhere)
     EXPECT_THAT(found, HasSubstr("push button\tQuit\n"));
     session.desktop.xdotool({QStringLiteral("mousemove"), QStringLiteral("100"),
                              QStringLiteral("100"), QStringLiteral("click"), QStringLiteral("1")});
-    session.waitUntilGone(panelTitle);
+    session.waitUntilGone(Tray::panelTitle);
 }
 
 TEST_F(TrayPanelTest, opensTheTranslationWindowAndShortcutsWorkAfterwards)
 {
     openPanel();
     session.key("Return");
-    session.waitUntilGone(panelTitle);
+    session.waitUntilGone(Tray::panelTitle);
     session.waitForWindow(QStringLiteral("^Translation Window$"));
     session.key("Escape");
     session.waitUntilGone(QStringLiteral("^Translation Window$"));
