@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests ./run and ./test in a copy of the tree's scripts, with recording stand-ins for the tools
+"""Tests ./run, ./test and bench/build in a copy of the tree's scripts, with recording stand-ins for the tools
 that they call: the package manager, CMake, CTest and the program itself."""
 
 import os
@@ -65,9 +65,10 @@ class SetupScripts(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         base = Path(folder.name).resolve()
         self.tree, self.tools, self.fake = base / "tree", base / "tools", base / "fake"
-        for made in (self.tree / "tools", self.tools, self.fake):
+        for made in (self.tree / "bench", self.tree / "tools", self.tools, self.fake):
             made.mkdir(parents=True)
-        for name in ("run", "test", "CMakePresets.json", "tools/lib.sh", "tools/packages.txt"):
+        for name in ("run", "test", "bench/build", "CMakePresets.json", "tools/lib.sh",
+                     "tools/packages.txt"):
             shutil.copy(ROOT / name, self.tree / name)
         self.script(self.tree / "tools/demo", RECORD)
         self.script(self.fake / "program", PROGRAM)
@@ -304,6 +305,15 @@ class SetupScripts(unittest.TestCase):
     def test_fails_if_a_test_fails(self):
         self.given(ctest_status="8")
         self.assertEqual(self.start("./test"), 8)
+
+    # -- measuring
+
+    def test_installs_what_measures_and_builds_a_release_with_it(self):
+        self.given(missing="libbenchmark-dev sqlite3 libgtest-dev")
+        self.assertEqual(self.start("bench/build"), 0)
+        self.assertRegex(self.calls("apt-get")[1],
+                         " install --no-install-recommends libbenchmark-dev sqlite3$")
+        self.assertIn("--preset bench", self.calls("cmake"))
 
     # -- under sudo
 
