@@ -16,7 +16,9 @@ constexpr double steadyOpacity = 0.55;
 constexpr Seconds sinking = 700ms;
 constexpr Seconds recovering = 200ms;
 /// Smooth enough for a slow fade, and rare enough to cost next to nothing.
-constexpr auto frame = 80ms;
+constexpr auto sinkingFrame = 80ms;
+/// A part of `recovering`, so that the last frame isn't late.
+constexpr auto recoveringFrame = 40ms;
 /// The opacities that occur are multiples of one part of this.
 constexpr double steps = 20;
 
@@ -65,7 +67,8 @@ void IconPulse::restart()
     if (m_reducedMotion) {
         apply(m_busy ? steadyOpacity : 1);
     } else if (m_busy || m_opacity < 1) {
-        m_timer = m_clock.callEvery(frame, 0ms, [this] { tick(); });
+        m_timer =
+            m_clock.callEvery(m_busy ? sinkingFrame : recoveringFrame, 0ms, [this] { tick(); });
     }
 }
 
