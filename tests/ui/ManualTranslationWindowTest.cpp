@@ -12,6 +12,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QClipboard>
 #include <QTest>
 
 namespace zelvane::test {
@@ -107,6 +108,31 @@ TEST_F(ManualTranslationWindowTest, translatesWhatIsTypedByKeyboardAlone)
     EXPECT_EQ(view().translationArea().toPlainText(), QStringLiteral("Good day"));
     press(Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(clipboard, QStringLiteral("Good day"));
+}
+
+TEST_F(ManualTranslationWindowTest, translatesAPastedMegabyteCharacterForCharacter)
+{
+    const QString text = QStringLiteral("The tide came in over the flats. ").repeated(31'000);
+    open();
+    QGuiApplication::clipboard()->setText(text);
+    press(Qt::Key_V, Qt::ControlModifier);
+    press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked.first() == text);
+
+    answer.succeed(text);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(clipboard == text);
+}
+
+TEST_F(ManualTranslationWindowTest, givesBothTextsTheSameRoomHoweverLongTheyAre)
+{
+    open();
+    type(QStringLiteral("one"));
+    press(Qt::Key_Return, Qt::ControlModifier);
+    answer.succeed(gallery::texts::longGerman().repeated(9));
+    QApplication::processEvents();
+    EXPECT_NEAR(view().sourceEditor().height(), view().translationArea().height(), 1);
 }
 
 TEST_F(ManualTranslationWindowTest, copiesTheSelectionWhereThereIsOne)

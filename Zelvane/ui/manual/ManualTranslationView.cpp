@@ -1,6 +1,5 @@
 #include "ui/manual/ManualTranslationView.h"
 
-#include "foundation/Text.h"
 #include "settings/LanguageNames.h"
 #include "settings/Localization.h"
 #include "ui/components/Observe.h"
@@ -10,7 +9,6 @@
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QTextBlock>
 #include <QVBoxLayout>
 
 namespace zelvane {
@@ -20,7 +18,6 @@ namespace {
 constexpr int symbolSide = 16;
 /// The pickers grow with the window; this is what they have at least.
 constexpr int narrowestPicker = 110;
-constexpr int tallestArea = 1000;
 
 const QKeySequence& translateKey()
 {
@@ -41,17 +38,6 @@ LanguagePickerChoice anyOf(const QStringList& languages)
     return {.options = languages, .localizesLanguageNames = true, .allowsCustom = true};
 }
 
-/// Whether a document holds nothing but white space; it may be very long.
-bool isBlank(const QTextDocument& document)
-{
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        if (!text::isBlank(block.text())) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
 ManualTranslationView::ManualTranslationView(ManualTranslationModel& model, const Theme& theme)
@@ -70,10 +56,10 @@ ManualTranslationView::ManualTranslationView(ManualTranslationModel& model, cons
           new ThemedLabel(theme, &TypographyTokens::sectionLabel, TextTone::secondary))
     , m_targetPicker(new SearchableLanguagePicker(theme, anyOf(targetLanguages()), narrowestPicker))
     , m_sourceLabel(new ThemedLabel(theme, &TypographyTokens::sectionLabel, TextTone::secondary))
-    , m_source(new TextWell(theme))
+    , m_source(new TextWell(theme, WellHeight::fill))
     , m_translationLabel(
           new ThemedLabel(theme, &TypographyTokens::sectionLabel, TextTone::secondary))
-    , m_translation(new TextWell(theme))
+    , m_translation(new TextWell(theme, WellHeight::fill))
     , m_errorSymbol(new QLabel)
     , m_error(new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::danger))
     , m_spinner(new Spinner(theme))
@@ -95,16 +81,14 @@ ManualTranslationView::ManualTranslationView(ManualTranslationModel& model, cons
     m_sourceLanguageLabel->setBuddy(m_sourcePicker);
     m_targetLanguageLabel->setBuddy(m_targetPicker);
     m_translation->setReadOnlyText({});
-    // The window has its size; measuring a long text for more than that helps nobody.
-    m_translation->setMaximumSectionHeight(tallestArea);
     m_source->editor().installEventFilter(this);
     m_translation->editor().installEventFilter(this);
 
     connect(m_close, &QAbstractButton::clicked, this, &ManualTranslationView::closeRequested);
     connect(m_copy, &QAbstractButton::clicked, &model, &ManualTranslationModel::copy);
     connect(m_translate, &QAbstractButton::clicked, this, &ManualTranslationView::translate);
-    connect(&m_source->editor(), &QPlainTextEdit::textChanged, this,
-            &ManualTranslationView::noteSourceText);
+    connect(m_source, &TextWell::textChanged, this,
+            [this] { m_model.setSourceBlank(m_source->isBlank()); });
     connectPickers();
     keepStyled(*this, theme, [this] { restyle(); });
     keepTranslated(*this, [this] { retranslate(); });
@@ -203,13 +187,8 @@ void ManualTranslationView::focusEditor()
 void ManualTranslationView::translate()
 {
     if (m_model.canTranslate()) {
-        m_model.translate(m_source->editor().toPlainText());
+        m_model.translate(m_source->text());
     }
-}
-
-void ManualTranslationView::noteSourceText()
-{
-    m_model.setSourceBlank(isBlank(*m_source->editor().document()));
 }
 
 bool ManualTranslationView::handleKey(const QKeyEvent& event)

@@ -55,7 +55,6 @@ private:
     void showPin();
     void showError();
     void showProgress();
-    void noteSourceText();
     void translate();
     [[nodiscard]] bool handleKey(const QKeyEvent& event);
 
