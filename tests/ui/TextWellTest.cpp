@@ -209,6 +209,21 @@ TEST_F(EditableWellTest, giveBackAMegabyteInOneParagraphCharacterForCharacter)
     EXPECT_EQ(well.text(), text);
 }
 
+TEST_F(EditableWellTest, keepsEveryCharacter)
+{
+    // Spaces that don't break, controls of direction, joiners, a half of a pair, a null.
+    QString text = QStringLiteral("Bonjour\u00A0! \u202Bשלום\u202C \u2067x\u2069 \u200Da\u2060");
+    text += QChar(0xD800);
+    text += QChar(u'\0');
+    text += u'z';
+    paste(text);
+    EXPECT_EQ(well.text(), text);
+    EXPECT_EQ(copied(), text);
+    well.setReadOnlyText(text);
+    well.editor().viewport()->repaint();
+    EXPECT_EQ(copied(), text);
+}
+
 TEST_F(EditableWellTest, staysFluidWithAMegabyteInOneParagraph)
 {
     paste(hugeParagraph(QStringLiteral("翻译的")));

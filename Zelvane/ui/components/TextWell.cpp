@@ -15,6 +15,7 @@
 #include <QTextDocumentFragment>
 
 #include <cmath>
+#include <utility>
 
 namespace zelvane {
 
@@ -29,6 +30,13 @@ constexpr int scrollBarInset = 1;
 constexpr int slack = 2;
 /// Longer texts are laid out as they come into view.
 constexpr int layOutLimit = 100'000;
+
+/// A document's own text as it was put in. Its plain text would lose the spaces that don't break.
+QString fromDocument(QString raw)
+{
+    raw.replace(QChar::ParagraphSeparator, u'\n').replace(QChar::LineSeparator, u'\n');
+    return withParagraphsJoined(std::move(raw));
+}
 
 /// A text area whose caret, where the text can't be changed, is only there for users who came to it
 /// by keyboard. Everyone else's arrow keys scroll.
@@ -49,7 +57,7 @@ protected:
     [[nodiscard]] QMimeData* createMimeDataFromSelection() const override
     {
         auto* data = new QMimeData;
-        data->setText(withParagraphsJoined(textCursor().selection().toPlainText()));
+        data->setText(fromDocument(textCursor().selection().toRawText()));
         return data;
     }
 
@@ -138,7 +146,7 @@ void TextWell::setEditableText(const QString& text)
 
 QString TextWell::text() const
 {
-    return withParagraphsJoined(m_editor->toPlainText());
+    return fromDocument(m_editor->document()->toRawText());
 }
 
 bool TextWell::isBlank() const
