@@ -89,16 +89,21 @@ QCoro::Task<void> ManualTranslationModel::run(QString text, QString source, QStr
 {
     QString translation;
     std::exception_ptr failure;
+    bool cancelled = false;
     try {
         translation = co_await m_services.translate(std::move(text), std::move(source),
                                                     std::move(target), stop);
+    } catch (const CancellationError&) {
+        cancelled = true;
     } catch (...) {
         failure = std::current_exception();
     }
     if (stop.stop_requested()) {
         co_return; // the window has closed
     }
-    if (failure) {
+    if (cancelled) {
+        m_trace.mark(QStringLiteral("cancelled"));
+    } else if (failure) {
         m_errorText = describe(failure);
         m_trace.mark(QStringLiteral("error"), errorText());
     } else {

@@ -207,6 +207,16 @@ TEST_F(ManualTranslationModelTest, closingCancelsTheTranslation)
     EXPECT_THAT(report(), Not(HasSubstr("error")));
 }
 
+TEST_F(ManualTranslationModelTest, anEngineThatCancelsByItselfIsNoFailure)
+{
+    model->translate(QStringLiteral("one"));
+    translator.answer->fail(CancellationError());
+    EXPECT_EQ(model->errorText(), QString());
+    EXPECT_FALSE(model->isTranslating());
+    EXPECT_THAT(report(), HasSubstr("cancelled"));
+    EXPECT_THAT(report(), Not(HasSubstr("error")));
+}
+
 TEST_F(ManualTranslationModelTest, namesTheProvidersDefaultModelWhereNoneIsChosen)
 {
     settings.setProvider(AIProvider::deepL);
