@@ -40,8 +40,9 @@ struct Scene
 
 [[nodiscard]] QList<Scene> allScenes();
 
-/// The settings, each page in its states, and their sheets.
+/// The settings: each page in its states, the keyboard on each kind of control, and the sheets.
 [[nodiscard]] QList<Scene> settingsScenes();
+[[nodiscard]] QList<Scene> sheetScenes();
 
 /// The window into which the user types.
 [[nodiscard]] QList<Scene> manualScenes();

@@ -1,199 +1,248 @@
-#include "ui/gallery/Scenes.h"
+#include "ui/gallery/SettingsExhibit.h"
 
-#include "foundation/SystemClock.h"
-#include "glossary/GlossaryManager.h"
-#include "support/FakeHttpTransport.h"
-#include "support/FakeSecretBackend.h"
-#include "ui/settings/SettingsView.h"
-#include "ui/sheets/APIKeyEditSheet.h"
-#include "ui/sheets/HotKeyBindSheet.h"
-#include "ui/sheets/PromptEditSheet.h"
+#include "settings/Localization.h"
+#include "ui/components/LinkLabel.h"
+#include "ui/components/Switch.h"
+#include "ui/components/TextWell.h"
+#include "ui/language/SearchableLanguagePicker.h"
+#include "ui/settings/LanguagePairRow.h"
 
-#include "ui/licenses/ModelLicensesSheet.h"
-
-#include <QTemporaryDir>
+#include <QTimer>
 
 namespace zelvane::gallery {
 
 namespace {
 
+using enum SettingsCategory;
 using State = AccessibilityPermission::State;
 
-class NoInspector final : public SessionInspector
+/// Room for a page that would scroll otherwise.
+constexpr int tall = 860;
+
+EngineDownloadProgress halfway()
 {
-public:
-    [[nodiscard]] QCoro::Task<SessionCapabilities> inspect() override
-    {
-        const SessionCapabilities found{SessionKind::x11,        Availability::available,
-                                        Availability::available, Availability::available,
-                                        Availability::available, Availability::available};
-        co_return found;
-    }
-};
+    EngineDownloadProgress progress;
+    progress.downloadedBytes = 1'900'000'000;
+    progress.totalBytes = 4'624'648'896;
+    progress.bytesPerSecond = 11'500'000;
+    progress.remainingBytes = 2'724'648'896;
+    progress.etaSeconds = 236;
+    progress.elapsedSeconds = 165;
+    return progress;
+}
 
-/// How the scene differs from a fresh profile.
-struct Situation
+EngineDownloadProgress stalled()
 {
-    SettingsCategory category = SettingsCategory::translation;
-    AIProvider provider = AIProvider::smartOffline;
-    EngineStatus engine = engine_status::NotInstalled{};
-    bool downloads = false;
-    State permission = State::granted;
-    std::function<void(const Theme&, SettingsView&)> open = {};
-};
+    EngineDownloadProgress progress = halfway();
+    progress.bytesPerSecond = 0;
+    progress.etaSeconds.reset();
+    progress.idleSeconds = 42;
+    return progress;
+}
 
-class SettingsExhibit final : public Exhibit
+SessionCapabilities barrenSession()
 {
-public:
-    SettingsExhibit(const Stage& stage, const Situation& situation)
-        : m_permission(situation.permission)
-    {
-        m_settings.setUseOwnAI(true);
-        m_settings.setProvider(situation.provider);
-        QCoreApplication::processEvents();
-        m_settings.setApiKey(QStringLiteral("sk-0123456789abcdef"));
-        QList<LanguagePair> pairs = m_settings.pairs();
-        pairs[0].hotKey = KeyChord{17, KeyChord::control | KeyChord::option};
-        m_settings.setPairs(pairs);
-        m_engine.status = situation.engine;
-        m_engine.diskUsageBytes = 4'700'000'000;
-        if (situation.downloads) {
-            EngineDownloadProgress progress;
-            progress.downloadedBytes = 1'900'000'000;
-            progress.totalBytes = 4'624'648'896;
-            progress.bytesPerSecond = 11'500'000;
-            progress.remainingBytes = 2'724'648'896;
-            progress.etaSeconds = 236;
-            progress.elapsedSeconds = 165;
-            m_engine.downloadProgress = progress;
-        }
-        m_view = std::make_unique<SettingsView>(stage.theme, m_services, m_clock);
-        m_view->select(situation.category);
-        m_view->resize(m_view->minimumSize());
-        m_view->show();
-        if (situation.open) {
-            situation.open(stage.theme, *m_view);
-        }
-    }
+    return {SessionKind::wayland,  Availability::missing, Availability::missing,
+            Availability::missing, Availability::missing, Availability::missing};
+}
 
-    [[nodiscard]] QWidget* window() override { return m_view.get(); }
+Scene withKey(const QString& name, ModelListing listing,
+              std::function<void(AppSettings&)> prepare = {})
+{
+    return settingsScene(
+        QStringLiteral("translation-") + name,
+        {.provider = AIProvider::chatGPT, .listing = listing, .prepare = std::move(prepare)});
+}
 
-private:
-    static QCoro::Task<QList<RemoteModel>> models(AIProvider, QString, std::stop_token)
-    {
-        const QList<RemoteModel> listed{{QStringLiteral("gpt-a"), QStringLiteral("gpt-a")}};
-        co_return listed;
-    }
-
-    static QCoro::Task<QString> installId(std::stop_token)
-    {
-        co_return QStringLiteral("5f0c1a52-9f6e-4c55-9a0b-6f4a5f2f5c11");
-    }
-
-    QTemporaryDir m_folder;
-    OverlayUserDefaults m_defaults;
-    test::FakeSecretBackend m_backend;
-    SecretStore m_secrets{m_defaults, m_backend};
-    AppSettings m_settings{m_defaults, m_secrets, QStringLiteral("German")};
-    SystemClock m_clock;
-    test::FakeHttpTransport m_transport;
-    GlossaryManager m_glossaries{{m_defaults,
-                                  m_transport,
-                                  m_clock,
-                                  m_folder.path(),
-                                  {QStringLiteral("de"), QStringLiteral("German")}}};
-    EngineState m_engine;
-    QProperty<State> m_permission;
-    NoInspector m_inspector;
-    PermissionModel m_permissionModel{
-        &m_permission, m_inspector, m_clock, {[] {}, [](const QString&) {}}};
-    SettingsServices m_services{
-        .settings = m_settings,
-        .defaults = m_defaults,
-        .fetchModels = &SettingsExhibit::models,
-        .engine =
-            [this](SmartOfflineVariant) {
-                return EngineControls{&m_engine, [] {}, [] {}, [] {},
-                                      [] { return qint64(4'624'648'896); }};
-            },
-        .providerPicked = [](AIProvider) {},
-        .glossaries = m_glossaries,
-        .reloadHotKeys = [] {},
-        .suspendHotKeys = [] {},
-        .isHeldElsewhere = {},
-        .optionMenuChanged = [] {},
-        .permissionState = QBindable<State>(&m_permission),
-        .permission = m_permissionModel,
-        .resetWindowLocations = [] {},
-        .installId = &SettingsExhibit::installId,
-        .writeToClipboard = [](const QString&) {},
+QList<Scene> translationScenes()
+{
+    const engine_status::Installing installing{QStringLiteral("Downloading Hy-MT2 model…"), 0.45};
+    const engine_status::Failed failed{QStringLiteral("hymt2-7b-q4-k-m download size mismatch: "
+                                                      "expected 4624648896, got 4624648895.")};
+    const auto scene = [](const QString& name, const Situation& situation) {
+        return settingsScene(QStringLiteral("translation") + name, situation);
     };
-    std::unique_ptr<SettingsView> m_view;
-};
+    return {
+        scene({}, {}),
+        scene(QStringLiteral("-hosted"), {.provider = AIProvider::zelvane, .useOwnAI = false}),
+        withKey(QStringLiteral("key"), ModelListing::comes),
+        withKey(QStringLiteral("no-key"), ModelListing::comes,
+                [](AppSettings& settings) { settings.setApiKey({}); }),
+        withKey(QStringLiteral("models-loading"), ModelListing::isAwaited),
+        withKey(QStringLiteral("models-failed"), ModelListing::fails),
+        withKey(QStringLiteral("models-empty"), ModelListing::isEmpty),
+        withKey(QStringLiteral("model-saved"), ModelListing::comes,
+                [](AppSettings& settings) {
+                    settings.setModel(QStringLiteral("gpt-4o-2024-08-06-long-context"));
+                }),
+        scene(QStringLiteral("-deepl"), {.provider = AIProvider::deepL}),
+        scene(QStringLiteral("-installing"), {.engine = installing, .download = halfway()}),
+        scene(QStringLiteral("-stalled"), {.engine = installing, .download = stalled()}),
+        scene(QStringLiteral("-failed"), {.engine = failed}),
+        scene(QStringLiteral("-ready"), {.engine = engine_status::Ready{}}),
+        scene(QStringLiteral("-denied"), {.permission = State::denied}),
+    };
+}
 
-Scene scene(const QString& name, const Situation& situation)
+/// A page of pairs that have all that a pair can have, or nothing.
+void fill(AppSettings& settings)
 {
-    return {QStringLiteral("settings-") + name, [situation](const Stage& stage) {
-                return std::make_unique<SettingsExhibit>(stage, situation);
-            }};
+    while (settings.pairs().size() < maximalPairCount) {
+        settings.addPair();
+    }
+    QList<LanguagePair> pairs = settings.pairs();
+    pairs[0].useCustomPrompt = true;
+    pairs[0].customPrompt = QStringLiteral("Translate into {{target}}.");
+    pairs[1].enabled = false;
+    pairs[1].source = QStringLiteral("Chinese (Simplified)");
+    pairs[1].target = QStringLiteral("Portuguese (Brazil)");
+    settings.setPairs(pairs);
+}
+
+/// One glossary that can't be downloaded and one that is on its way, beside one that is there.
+void workOnGlossaries(SettingsExhibit& exhibit)
+{
+    const auto package = [](const char* from, const char* to) {
+        return GlossaryPackage{*resolveGlossaryLanguage(QString::fromLatin1(from)),
+                               *resolveGlossaryLanguage(QString::fromLatin1(to))};
+    };
+    QObject* const shown = &exhibit.view();
+    exhibit.transport().fail(
+        TransportError(TransportError::Kind::connection, QStringLiteral("Connection refused")));
+    exhibit.glossaries().install(package("es", "en-US"));
+    QTimer::singleShot(100, shown, [&exhibit, package] {
+        exhibit.transport().holdDownloads();
+        exhibit.glossaries().install(package("de", "en-US"));
+    });
+    QTimer::singleShot(200, shown, [&exhibit] {
+        for (const test::HeldDownload& held : exhibit.transport().heldDownloads()) {
+            held.progress({3'100'000, 12'400'000});
+        }
+    });
+}
+
+void proposeGlossaries(AppSettings& settings)
+{
+    QList<LanguagePair> pairs = settings.pairs();
+    pairs.resize(1);
+    pairs[0].source = QStringLiteral("Spanish");
+    pairs[0].target = QStringLiteral("English (US)");
+    settings.setPairs(pairs);
+    settings.addPair();
+    pairs = settings.pairs();
+    pairs[1].source = QStringLiteral("Welsh");
+    pairs[1].target = QStringLiteral("German");
+    settings.setPairs(pairs);
+}
+
+/// The picker of a pair's source, open, with something typed into it.
+std::function<void(SettingsExhibit&)> opensPicker(const QString& query)
+{
+    return [query](SettingsExhibit& exhibit) {
+        QTimer::singleShot(100, &exhibit.view(), [&exhibit, query] {
+            auto& picker = exhibit.control<LanguagePairRow>().sourcePicker();
+            picker.togglePopup();
+            picker.searchField()->setText(query);
+        });
+    };
+}
+
+/// The picker of the row for any other glossary, which takes none but the languages that it lists.
+void findNoLanguage(SettingsExhibit& exhibit)
+{
+    QTimer::singleShot(100, &exhibit.view(), [&exhibit] {
+        auto& picker = exhibit.control<SearchableLanguagePicker>(4);
+        picker.togglePopup();
+        picker.searchField()->setText(QStringLiteral("Quenya"));
+    });
+}
+
+QList<Scene> languagesScenes()
+{
+    const auto scene = [](const QString& name, Situation situation) {
+        situation.category = languages;
+        return settingsScene(QStringLiteral("languages") + name, situation);
+    };
+    return {
+        scene({}, {}),
+        scene(QStringLiteral("-whole"), {.height = tall}),
+        scene(QStringLiteral("-ten"), {.height = tall, .prepare = fill}),
+        scene(QStringLiteral("-none"),
+              {.prepare = [](AppSettings& settings) { settings.setPairs({}); }}),
+        scene(QStringLiteral("-deepl"), {.provider = AIProvider::deepL}),
+        scene(QStringLiteral("-glossaries"),
+              {.height = tall, .prepare = proposeGlossaries, .open = workOnGlossaries}),
+        scene(QStringLiteral("-picker"), {.open = opensPicker({})}),
+        scene(QStringLiteral("-picker-query"), {.open = opensPicker(QStringLiteral("an"))}),
+        scene(QStringLiteral("-picker-custom"), {.open = opensPicker(QStringLiteral("Quenya"))}),
+        scene(QStringLiteral("-picker-nothing"), {.height = tall, .open = findNoLanguage}),
+    };
+}
+
+void pressReset(SettingsExhibit& exhibit)
+{
+    for (auto* button : exhibit.view().findChildren<TextButton*>()) {
+        if (button->text() == localizedText(QStringLiteral("Reset"))) {
+            button->click();
+        }
+    }
+}
+
+QList<Scene> otherScenes()
+{
+    const auto scene = [](SettingsCategory category, const QString& name, Situation situation) {
+        situation.category = category;
+        return settingsScene(name, situation);
+    };
+    const auto turnOff = [](AppSettings& settings) { settings.setAutoReplace(false); };
+    return {
+        scene(behavior, QStringLiteral("behavior"), {}),
+        scene(behavior, QStringLiteral("behavior-reset"),
+              {.height = tall, .prepare = turnOff, .open = pressReset}),
+        scene(behavior, QStringLiteral("behavior-denied"), {.permission = State::denied}),
+        scene(accessibility, QStringLiteral("accessibility"), {}),
+        scene(accessibility, QStringLiteral("accessibility-denied"),
+              {.permission = State::denied, .session = barrenSession(), .height = tall}),
+        scene(accessibility, QStringLiteral("accessibility-stale"),
+              {.permission = State::stale, .height = tall}),
+        scene(general, QStringLiteral("about"), {}),
+    };
+}
+
+/// The keyboard in a control, as Tab brings it there.
+template <typename Control>
+Scene focusScene(const QString& name, SettingsCategory category, int index = 0)
+{
+    return settingsScene(QStringLiteral("focus-") + name,
+                         {.category = category,
+                          .provider = AIProvider::chatGPT,
+                          .open = [index](SettingsExhibit& exhibit) {
+                              QTimer::singleShot(100, &exhibit.view(), [&exhibit, index] {
+                                  exhibit.control<Control>(index).setFocus(Qt::TabFocusReason);
+                              });
+                          }});
+}
+
+QList<Scene> focusScenes()
+{
+    return {
+        focusScene<ListRow>(QStringLiteral("category"), translation, 1),
+        focusScene<Picker>(QStringLiteral("picker"), translation),
+        focusScene<LinkLabel>(QStringLiteral("link"), translation),
+        focusScene<TextButton>(QStringLiteral("button"), translation),
+        focusScene<TextWell>(QStringLiteral("well"), translation),
+        focusScene<TextField>(QStringLiteral("field"), translation),
+        focusScene<Switch>(QStringLiteral("switch"), languages),
+        focusScene<SearchableLanguagePicker>(QStringLiteral("language"), languages),
+        focusScene<IconButton>(QStringLiteral("icon"), languages),
+    };
 }
 
 } // namespace
 
 QList<Scene> settingsScenes()
 {
-    using enum SettingsCategory;
-    const engine_status::Installing installing{QStringLiteral("Downloading Hy-MT2 model…"), 0.45};
-    const engine_status::Failed failed{QStringLiteral("hymt2-7b-q4-k-m download size mismatch: "
-                                                      "expected 4624648896, got 4624648895.")};
-    return {
-        scene(QStringLiteral("translation"), {}),
-        scene(QStringLiteral("translation-key"), {.provider = AIProvider::chatGPT}),
-        scene(QStringLiteral("translation-deepl"), {.provider = AIProvider::deepL}),
-        scene(QStringLiteral("translation-installing"), {.engine = installing, .downloads = true}),
-        scene(QStringLiteral("translation-failed"), {.engine = failed}),
-        scene(QStringLiteral("translation-ready"), {.engine = engine_status::Ready{}}),
-        scene(QStringLiteral("languages"), {.category = languages}),
-        scene(QStringLiteral("behavior"), {.category = behavior}),
-        scene(QStringLiteral("behavior-denied"),
-              {.category = behavior, .permission = State::denied}),
-        scene(QStringLiteral("accessibility"), {.category = accessibility}),
-        scene(QStringLiteral("accessibility-stale"),
-              {.category = accessibility, .permission = State::stale}),
-        scene(QStringLiteral("about"), {.category = general}),
-        scene(QStringLiteral("sheet-keys"),
-              {.category = languages,
-               .open =
-                   [](const Theme& theme, SettingsView& view) {
-                       (new HotKeyBindSheet(
-                            theme, view,
-                            std::make_unique<HotKeyBindModel>(QStringLiteral("ANY-DE"),
-                                                              std::nullopt, QSet<KeyChord>())))
-                           ->present();
-                   }}),
-        scene(QStringLiteral("sheet-prompt"),
-              {.open =
-                   [](const Theme& theme, SettingsView& view) {
-                       (new PromptEditSheet(
-                            theme, view,
-                            std::make_unique<PromptEditModel>(QStringLiteral("ANY-DE"), QString())))
-                           ->present();
-                   }}),
-        scene(QStringLiteral("sheet-key"),
-              {.provider = AIProvider::chatGPT,
-               .open =
-                   [](const Theme& theme, SettingsView& view) {
-                       (new APIKeyEditSheet(
-                            theme, view,
-                            APIKeyEditModel(QStringLiteral("ChatGPT"), QStringLiteral("sk-123"))))
-                           ->present();
-                   }}),
-        scene(
-            QStringLiteral("sheet-licenses"),
-            {.category = general,
-             .open = [](const Theme& theme,
-                        SettingsView& view) { (new ModelLicensesSheet(theme, view))->present(); }}),
-    };
+    return translationScenes() + languagesScenes() + otherScenes() + focusScenes() + sheetScenes();
 }
 
 } // namespace zelvane::gallery

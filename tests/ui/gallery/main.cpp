@@ -18,6 +18,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QCursor>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -82,14 +83,14 @@ int surroundings(const Scene& scene)
 
 QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
 {
-    const QRect area = window.geometry().adjusted(-around, -around, around, around);
+    const QRect area = window.frameGeometry().adjusted(-around, -around, around, around);
     if (QGuiApplication::platformName() == QStringLiteral("xcb")) {
         return QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(),
                                                             area.height());
     }
     QPixmap picture = backdrop.grab(area.translated(-backdrop.pos()));
     QPainter painter(&picture);
-    window.render(&painter, QPoint(around, around));
+    window.render(&painter, window.geometry().topLeft() - area.topLeft());
     return picture;
 }
 
@@ -289,6 +290,15 @@ int measure(const QString& only)
     return 0;
 }
 
+/// Windows with a frame stand where the desktop likes them, which may be half off the backdrop.
+void centre(QWidget& window)
+{
+    if (!(window.windowFlags() & Qt::FramelessWindowHint)) {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        window.move(screen.center() - QRect(QPoint(0, 0), window.size()).center());
+    }
+}
+
 int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only)
 {
     Setting setting;
@@ -301,6 +311,8 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
         std::fprintf(stderr, "cannot make the folder %s\n", qPrintable(folder));
         return 1;
     }
+    // Nothing shall be hovered over.
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     for (const ColorScheme scheme : schemes) {
         appearance.setColorScheme(scheme);
         Backdrop backdrop(scheme);
@@ -311,6 +323,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
                 continue;
             }
             const auto exhibit = scene.show({theme, *setting.windows});
+            centre(*exhibit->window());
             QTest::qWait(settlingTime);
             const QString file = QStringLiteral("%1/%2-%3.png")
                                      .arg(folder, scene.name,
@@ -333,6 +346,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0.0"));
     QCommandLineParser arguments;
     arguments.addHelpOption();
     arguments.addOption({QStringLiteral("out"), QStringLiteral("Where the pictures go."),
