@@ -1,6 +1,7 @@
 #include "desktop/SettingsWindow.h"
 
 #include <QDebug>
+#include <QPointer>
 
 #include <algorithm>
 #include <utility>
@@ -160,10 +161,8 @@ void SettingsWindow::installPolicyObservers()
     if (std::exchange(m_watchesPolicy, true)) {
         return;
     }
-    m_windows.addObserver(
-        {.becameKeyOrMain = [this] { updateNowAndLater(std::nullopt); },
-         .willClose =
-             [this](std::optional<ApplicationWindow::Id> closing) { updateNowAndLater(closing); }});
+    observe([this](std::optional<ApplicationWindow::Id> closing) { updateNowAndLater(closing); },
+            [this] { updateNowAndLater(std::nullopt); });
     updateActivationPolicy();
 }
 
@@ -172,18 +171,35 @@ void SettingsWindow::installCloseObserver()
     if (std::exchange(m_watchesClose, true)) {
         return;
     }
-    m_windows.addObserver(
-        {.becameKeyOrMain = [] {},
-         .willClose =
-             [this](std::optional<ApplicationWindow::Id> closing) {
-                 const QList<ApplicationWindow> windows = m_windows.windows();
-                 const auto window = std::ranges::find_if(
-                     windows, [&](const ApplicationWindow& own) { return own.id == closing; });
-                 if (window != windows.end() && hasSettingsIdentifier(*window)) {
-                     m_settingsRequested = false;
-                     updateNowAndLater(closing);
-                 }
-             }});
+    observe([this](std::optional<ApplicationWindow::Id> closing) {
+        const QList<ApplicationWindow> windows = m_windows.windows();
+        const auto window = std::ranges::find_if(
+            windows, [&](const ApplicationWindow& own) { return own.id == closing; });
+        if (window != windows.end() && hasSettingsIdentifier(*window)) {
+            m_settingsRequested = false;
+            updateNowAndLater(closing);
+        }
+    });
+}
+
+void SettingsWindow::observe(
+    const std::function<void(std::optional<ApplicationWindow::Id>)>& willClose,
+    const std::function<void()>& becameKeyOrMain)
+{
+    // The windows that are open at the end go after this object, and tell of it.
+    const QPointer owner(&m_queue);
+    m_windows.addObserver({.becameKeyOrMain =
+                               [owner, becameKeyOrMain] {
+                                   if (owner) {
+                                       becameKeyOrMain();
+                                   }
+                               },
+                           .willClose =
+                               [owner, willClose](std::optional<ApplicationWindow::Id> closing) {
+                                   if (owner) {
+                                       willClose(closing);
+                                   }
+                               }});
 }
 
 void SettingsWindow::updateNowAndLater(std::optional<ApplicationWindow::Id> closing)

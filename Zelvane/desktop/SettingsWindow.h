@@ -71,6 +71,10 @@ private:
                                                       std::stop_token stop);
     void present(std::optional<PendingSection> section);
     void openViaMenu();
+    /// Listens to the windows for as long as this object lives.
+    void observe(
+        const std::function<void(std::optional<ApplicationWindow::Id>)>& willClose,
+        const std::function<void()>& becameKeyOrMain = [] {});
     void updateNowAndLater(std::optional<ApplicationWindow::Id> closing);
     void makeRegular();
     [[nodiscard]] bool anyWindowPromotes(std::optional<ApplicationWindow::Id> closing) const;

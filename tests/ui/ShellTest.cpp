@@ -194,5 +194,21 @@ TEST_F(WindowsOfTheProgram, decideThePolicyAsTheyComeAndGo)
     EXPECT_EQ(policy.current(), Kind::accessory);
 }
 
+TEST_F(WindowsOfTheProgram, mayGoAfterTheOneWhoDecidesThePolicy)
+{
+    auto settings = std::make_unique<SettingsWindow>(own, policy, clock, std::function<bool()>());
+    settings->installPolicyObservers();
+    settings->installCloseObserver();
+    auto open = std::make_unique<QWidget>();
+    open->show();
+    EXPECT_EQ(policy.current(), Kind::regular);
+    settings.reset();
+    // Whoever decides has gone: nothing is decided any more.
+    open.reset();
+    QWidget another;
+    another.show();
+    EXPECT_EQ(policy.current(), Kind::regular);
+}
+
 } // namespace
 } // namespace zelvane::test
