@@ -69,7 +69,6 @@ struct SettingsScene::Parts
     [[nodiscard]] EngineControls controlsOf(OfflineEngines& engines, SmartOfflineVariant variant)
     {
         SmartOfflineEngineManager& engine = engines.engine(variant);
-        engine.refreshStatus();
         return {.state = &engine.state(),
                 .install =
                     [this, &engine] {
@@ -78,7 +77,8 @@ struct SettingsScene::Parts
                     },
                 .cancelInstall = [&engine] { engine.cancelInstall(); },
                 .deleteEngine = [&engine] { engine.deleteEngine(); },
-                .displaySizeBytes = [&engine] { return engine.displaySizeBytes(); }};
+                .displaySizeBytes = [&engine] { return engine.displaySizeBytes(); },
+                .refresh = [&engine] { engine.refreshStatus(); }};
     }
 
     [[nodiscard]] SettingsServices servicesOf(UserInterface& interface, const Links& links)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/Completion.h"
 #include "glossary/GlossaryManager.h"
 #include "support/FakeHttpTransport.h"
 #include "ui/UiFixture.h"
@@ -30,6 +31,13 @@ protected:
         asked.append(rawValue(provider) + u' ' + key);
         const QList<RemoteModel> answer = listed;
         co_return answer;
+    }
+
+    /// A listing that answers when the test says so.
+    static QCoro::Task<QList<RemoteModel>> waited(Completion<QList<RemoteModel>> answer)
+    {
+        const QList<RemoteModel> models = co_await answer.result();
+        co_return models;
     }
 
     static QCoro::Task<QString> installIdentifier() { co_return QStringLiteral("an-install-id"); }
@@ -86,6 +94,7 @@ protected:
                                 {QStringLiteral("de"), QStringLiteral("German")}}};
     EngineState engine;
     QStringList engineCalls;
+    int engineLooks = 0;
     QProperty<State> permissionState{State::granted};
     Inspector inspector;
     PermissionModel permission{&permissionState, inspector, clock, {[] {}, [](const QString&) {}}};
@@ -103,10 +112,12 @@ protected:
                               std::stop_token) { return models(provider, key); },
         .engine =
             [this](SmartOfflineVariant) {
-                return EngineControls{&engine, [this] { engineCalls += QStringLiteral("install"); },
+                return EngineControls{&engine,
+                                      [this] { engineCalls += QStringLiteral("install"); },
                                       [this] { engineCalls += QStringLiteral("cancel"); },
                                       [this] { engineCalls += QStringLiteral("delete"); },
-                                      [] { return qint64(4'624'648'896); }};
+                                      [] { return qint64(4'624'648'896); },
+                                      [this] { ++engineLooks; }};
             },
         .providerPicked = [this](AIProvider provider) { picked.append(provider); },
         .glossaries = glossaries,

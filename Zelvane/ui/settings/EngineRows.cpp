@@ -55,6 +55,7 @@ EngineRows::EngineRows(const Theme& theme, EngineControls controls)
     connect(m_delete, &QAbstractButton::clicked, this, [this] { m_controls.deleteEngine(); });
     connect(m_progress, &ProgressRow::cancelRequested, this,
             [this] { m_controls.cancelInstall(); });
+    refresh();
     keepTranslated(*this, [this] { update(); });
     watch();
 }

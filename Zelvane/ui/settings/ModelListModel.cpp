@@ -33,7 +33,6 @@ ModelListModel::ModelListModel(AppSettings& settings, Fetch fetch, QString keyOf
             load(Force::no);
         },
         Qt::QueuedConnection);
-    load(Force::no);
 }
 
 void ModelListModel::saveKey(const QString& key)

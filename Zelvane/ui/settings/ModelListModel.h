@@ -24,7 +24,7 @@ public:
     using Fetch =
         std::function<QCoro::Task<QList<RemoteModel>>(AIProvider, QString, std::stop_token)>;
 
-    /// Loads at once, and after each change of the provider. `settings` must outlive this object.
+    /// Loads after each change of the provider. `settings` must outlive this object.
     /// `keyOfThisRun` is a key that the program was given for this run only, and that is not stored
     /// when it works; empty if there is none.
     ModelListModel(AppSettings& settings, Fetch fetch, QString keyOfThisRun = {});
@@ -45,6 +45,8 @@ public:
     [[nodiscard]] bool apiKeyVerified() const { return m_apiKeyVerified; }
     [[nodiscard]] QBindable<bool> bindableApiKeyVerified() const { return &m_apiKeyVerified; }
 
+    /// Loads unless a load is on its way. To be called when the user sees the list.
+    void load() { load(Force::no); }
     /// Loads afresh, in place of a load that may be on its way.
     void refresh() { load(Force::yes); }
 

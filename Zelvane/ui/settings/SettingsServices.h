@@ -26,6 +26,8 @@ struct EngineControls
     std::function<void()> cancelInstall;
     std::function<void()> deleteEngine;
     std::function<qint64()> displaySizeBytes;
+    /// Looks on the disk for what is installed.
+    std::function<void()> refresh = [] {};
 };
 
 /// What the settings reach of the rest of the program. All must outlive the window.

@@ -115,8 +115,11 @@ QWidget* SettingsView::makeContent()
 SettingsPage* SettingsView::makePage(SettingsCategory category)
 {
     switch (category) {
-    case SettingsCategory::translation:
-        return new TranslationPage(m_theme, m_services);
+    case SettingsCategory::translation: {
+        auto* page = new TranslationPage(m_theme, m_services);
+        connect(this, &SettingsView::appeared, page, &TranslationPage::appeared);
+        return page;
+    }
     case SettingsCategory::languages:
         return new LanguagesPage(m_theme, m_services);
     case SettingsCategory::behavior:

@@ -42,6 +42,14 @@ TranslationPage::TranslationPage(const Theme& theme, SettingsServices& services)
 
 TranslationPage::~TranslationPage() = default;
 
+void TranslationPage::appeared()
+{
+    m_models.load();
+    if (m_engine) {
+        m_engine->refresh();
+    }
+}
+
 void TranslationPage::makeProvider()
 {
     const Theme& theme = this->theme();

@@ -22,6 +22,9 @@ public:
     TranslationPage(const Theme& theme, SettingsServices& services);
     ~TranslationPage() override;
 
+    /// The settings have come to the screen: looks anew at what may have changed meanwhile.
+    void appeared();
+
     [[nodiscard]] Picker& platformPicker() const { return *m_platform; }
     [[nodiscard]] Picker& modelPicker() const { return *m_model; }
     [[nodiscard]] ModelListModel& models() { return m_models; }

@@ -40,6 +40,35 @@ TEST(MaskedKey, showsNothingOfAShortKeyButItsLength)
     EXPECT_EQ(maskedKey(QStringLiteral("  ")), QString());
 }
 
+TEST(MaskedKey, hidesAllButFourFromThirteenCharactersOn)
+{
+    const QString key = QStringLiteral("0123456789abcdef");
+    const QStringList masked{QString(),
+                             QStringLiteral("•"),
+                             QStringLiteral("••"),
+                             QStringLiteral("•••"),
+                             QStringLiteral("••••"),
+                             QStringLiteral("•••••"),
+                             QStringLiteral("••••••"),
+                             QStringLiteral("•••••••"),
+                             QStringLiteral("••••••••"),
+                             QStringLiteral("••••••••5678"),
+                             QStringLiteral("••••••••6789"),
+                             QStringLiteral("••••••••789a"),
+                             QStringLiteral("••••••••89ab"),
+                             QStringLiteral("•••••••••9abc"),
+                             QStringLiteral("••••••••••abcd")};
+    for (qsizetype length = 0; length < masked.size(); ++length) {
+        EXPECT_EQ(maskedKey(key.first(length)), masked[length]) << length;
+    }
+}
+
+TEST(MaskedKey, keepsSurrogatesTogether)
+{
+    EXPECT_EQ(maskedKey(QStringLiteral("😀😀😀😀😀😀😀😀")), QStringLiteral("••••••••"));
+    EXPECT_EQ(maskedKey(QStringLiteral("😀😀😀😀😀😀😀😀😀")), QStringLiteral("••••••••😀😀😀😀"));
+}
+
 TEST(MaskedKey, countsWhatAReaderCountsAndSplitsNothing)
 {
     EXPECT_EQ(maskedKey(QStringLiteral("01234567e\u0301xyz")),

@@ -69,6 +69,7 @@ protected:
     {
         settings.setApiKey(key);
         model = std::make_unique<ModelListModel>(settings, listing.fetch());
+        model->load();
         return *model;
     }
 
@@ -107,6 +108,7 @@ TEST_F(ModelListModelTest, aKeyForThisRunIsTriedAndNotStored)
 {
     settings.setApiKey(QStringLiteral("sk-1"));
     model = std::make_unique<ModelListModel>(settings, listing.fetch(), QStringLiteral("sk-1"));
+    model->load();
     answer(0, listed);
     EXPECT_TRUE(model->apiKeyVerified());
     EXPECT_EQ(model->modelsError(), QString());
@@ -194,6 +196,126 @@ TEST_F(ModelListModelTest, noModelBecomesTheProvidersDefault)
     answer(0, listed);
     EXPECT_EQ(settings.model(), defaultModel(AIProvider::chatGPT));
     EXPECT_FALSE(settings.model().isEmpty());
+}
+
+TEST_F(ModelListModelTest, aListedModelStaysTheUsersChoice)
+{
+    settings.setModel(QStringLiteral("gpt-b"));
+    opened();
+    answer(0, listed);
+    EXPECT_EQ(settings.model(), QStringLiteral("gpt-b"));
+}
+
+TEST_F(ModelListModelTest, theDefaultThatFillsAnEmptyModelIsStored)
+{
+    settings.setModel(QString());
+    opened();
+    EXPECT_EQ(defaults.string(QStringLiteral("zv.model.ChatGPT")), QString());
+    answer(0, listed);
+    EXPECT_EQ(settings.model(), QStringLiteral("gpt-5-nano"));
+    EXPECT_EQ(defaults.string(QStringLiteral("zv.model.ChatGPT")), QStringLiteral("gpt-5-nano"));
+}
+
+TEST_F(ModelListModelTest, anEmptyListChangesNoModel)
+{
+    settings.setModel(QString());
+    opened();
+    answer(0, {});
+    EXPECT_EQ(settings.model(), QString());
+}
+
+TEST_F(ModelListModelTest, thatTheListIsEmptyIsToldRatherThanThatTheKeyIsNotStored)
+{
+    backend.addStatus = SecretStatus::otherFailure;
+    ModelListModel& model = opened();
+    answer(0, {});
+    EXPECT_TRUE(model.apiKeyVerified());
+    EXPECT_EQ(model.modelsError(),
+              QStringLiteral("No models returned. You can type a model ID manually."));
+}
+
+TEST_F(ModelListModelTest, doesNotAskTwiceAtATimeUnlessTheUserInsists)
+{
+    ModelListModel& model = opened();
+    model.load();
+    EXPECT_THAT(listing.calls, SizeIs(1));
+    EXPECT_FALSE(listing.calls[0].stop.stop_requested());
+    answer(0, listed);
+    model.load();
+    EXPECT_THAT(listing.calls, SizeIs(2));
+}
+
+TEST_F(ModelListModelTest, aFailureIsForgottenWhileTheNextLoadIsOnItsWay)
+{
+    ModelListModel& model = opened();
+    listing.calls[0].answer.fail(TranslationError::http(503, QStringLiteral("later")));
+    QCoreApplication::processEvents();
+    EXPECT_NE(model.modelsError(), QString());
+    EXPECT_EQ(settings.model(), QStringLiteral("gpt-5-nano"));
+    model.refresh();
+    EXPECT_EQ(model.modelsError(), QString());
+    EXPECT_TRUE(model.isLoadingModels());
+}
+
+TEST_F(ModelListModelTest, aFailureIsForgottenWithTheKey)
+{
+    ModelListModel& model = opened();
+    listing.calls[0].answer.fail(TranslationError::http(401, QStringLiteral("no")));
+    QCoreApplication::processEvents();
+    model.saveKey(QString());
+    EXPECT_EQ(model.modelsError(), QString());
+    EXPECT_FALSE(model.isLoadingModels());
+}
+
+TEST_F(ModelListModelTest, anotherKeyTakesThePlaceOfTheOneThatIsBeingTried)
+{
+    ModelListModel& model = opened();
+    model.saveKey(QStringLiteral("sk-2"));
+    ASSERT_THAT(listing.calls, SizeIs(2));
+    EXPECT_TRUE(listing.calls[0].stop.stop_requested());
+    listing.calls[1].answer.fail(TranslationError::http(401, QStringLiteral("no")));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(model.apiKeyVerified());
+    // What was not proved is not stored.
+    EXPECT_FALSE(backend.items.contains(openAIAccount));
+}
+
+/// Answers although it was asked to stop.
+QCoro::Task<QList<RemoteModel>> stubborn(Completion<QList<RemoteModel>> answer)
+{
+    const auto models = co_await answer.result();
+    co_return models;
+}
+
+TEST_F(ModelListModelTest, anAnswerForAnotherProviderChangesNothing)
+{
+    const Completion<QList<RemoteModel>> late;
+    settings.setApiKey(QStringLiteral("sk-1"));
+    model = std::make_unique<ModelListModel>(
+        settings, [late](AIProvider, QString, std::stop_token) { return stubborn(late); });
+    model->load();
+    settings.setProvider(AIProvider::mistral);
+    QCoreApplication::processEvents();
+    model->saveKey(QString());
+    late.succeed(listed);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(model->remoteModels(), IsEmpty());
+    EXPECT_FALSE(model->apiKeyVerified());
+    EXPECT_FALSE(model->isLoadingModels());
+    EXPECT_TRUE(backend.items.isEmpty());
+}
+
+TEST_F(ModelListModelTest, anotherProviderForgetsTheErrorAndTheProofOfTheLast)
+{
+    ModelListModel& model = opened();
+    backend.addStatus = SecretStatus::otherFailure;
+    answer(0, listed);
+    EXPECT_TRUE(model.apiKeyVerified());
+    EXPECT_NE(model.modelsError(), QString());
+    settings.setProvider(AIProvider::mistral);
+    EXPECT_FALSE(model.apiKeyVerified());
+    EXPECT_EQ(model.modelsError(), QString());
+    EXPECT_THAT(model.remoteModels(), IsEmpty());
 }
 
 TEST_F(ModelListModelTest, refreshingTakesThePlaceOfALoadOnItsWay)
