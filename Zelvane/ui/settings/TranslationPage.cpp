@@ -255,8 +255,7 @@ void TranslationPage::showModels()
     m_model->setItems(labels);
     m_model->setPlaceholder(localizedText(QStringLiteral("No model loaded")));
     m_model->setCurrentIndex(int(m_modelIds.indexOf(chosen)));
-    m_modelRow->setNote(
-        m_models.isLoadingModels() ? localizedText(QStringLiteral("Loading models…")) : QString());
+    m_modelRow->setNote(modelNote());
     m_customRow->setVisible(m_modelRow->isVisibleTo(this) && m_models.allowCustomModel());
     if (m_custom->text() != chosen) {
         m_custom->setText(chosen);
@@ -264,6 +263,16 @@ void TranslationPage::showModels()
     const QString error = m_models.modelsError();
     m_errorRow->setTitle(error);
     m_errorRow->setVisible(!error.isEmpty());
+}
+
+QString TranslationPage::modelNote() const
+{
+    if (m_models.isLoadingModels()) {
+        return localizedText(QStringLiteral("Loading models…"));
+    }
+    // The picker itself says so where it has no saved model to show.
+    const bool says = m_models.remoteModels().isEmpty() && !m_settings.model().isEmpty();
+    return says ? localizedText(QStringLiteral("No model loaded")) : QString();
 }
 
 void TranslationPage::showPrompt()
@@ -275,6 +284,9 @@ void TranslationPage::pickPlatform(int index)
 {
     const AIProvider picked =
         visibleProviders(m_settings.useOwnAI())[static_cast<std::size_t>(index)];
+    if (picked == m_settings.provider()) {
+        return; // a switch would take back a key that could not be stored
+    }
     m_settings.setProvider(picked);
     m_services.providerPicked(picked);
 }

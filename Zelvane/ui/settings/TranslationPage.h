@@ -40,6 +40,7 @@ private:
     void showEngine();
     void showKey();
     void showModels();
+    [[nodiscard]] QString modelNote() const;
     void showPrompt();
     void pickPlatform(int index);
     void pickModel(int index);
