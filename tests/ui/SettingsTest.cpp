@@ -173,6 +173,24 @@ TEST_F(SettingsTest, anEngineIsInstalledCancelledAndDeleted)
     EXPECT_EQ(named<TextButton>(QStringLiteral("Install Offline Engine…")), nullptr);
     named<TextButton>(QStringLiteral("Cancel"))->click();
 
+    EngineDownloadProgress progress;
+    progress.downloadedBytes = 1'900'000'000;
+    progress.totalBytes = 4'624'648'896;
+    progress.bytesPerSecond = 11'500'000;
+    progress.remainingBytes = 2'724'648'896;
+    progress.etaSeconds = 236;
+    progress.elapsedSeconds = 165;
+    engine.downloadProgress = progress;
+    engine.status = engine_status::Installing{QStringLiteral("Downloading Hy-MT2 model…"), 0.449};
+    for (const char* text :
+         {"Downloading Hy-MT2 model…", "41%", "1.9 GB of 4.6 GB downloaded", "11.5 MB/s",
+          "2.7 GB remaining", "About 3:56 remaining", "Elapsed: 2:45"}) {
+        EXPECT_TRUE(shows(QString::fromUtf8(text))) << text;
+    }
+    engine.downloadProgress = std::nullopt;
+    EXPECT_FALSE(shows(QStringLiteral("41%")));
+    EXPECT_FALSE(shows(QStringLiteral("11.5 MB/s")));
+
     engine.status = engine_status::Failed{QStringLiteral("Bundled llama.cpp was not found.")};
     EXPECT_TRUE(shows(QStringLiteral("Offline install failed")));
     EXPECT_TRUE(shows(QStringLiteral("Bundled llama.cpp was not found.")));

@@ -235,47 +235,56 @@ void FormRow::mouseReleaseEvent(QMouseEvent* event)
 
 ProgressRow::ProgressRow(const Theme& theme, QWidget* parent)
     : QWidget(parent)
-    , m_message(new ThemedLabel(theme, StyleFontRole::body, TextTone::primary))
-    , m_percentage(new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::secondary))
+    , m_head(new FormRow(theme))
     , m_bar(new ProgressBar(theme))
-    , m_detail(wrappedNote(theme))
+    , m_percentage(new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::secondary))
+    , m_details(new SymbolLines(theme))
     , m_cancel(new TextButton(theme, ControlKind::bordered))
 {
-    auto* head = new QHBoxLayout;
-    head->addWidget(m_message, 1);
-    head->addWidget(m_percentage);
-    auto* column = new QVBoxLayout;
-    column->setSpacing(6);
-    column->addLayout(head);
-    column->addWidget(m_bar);
-    column->addWidget(m_detail);
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addLayout(column, 1);
-    row->addWidget(m_cancel, 0, Qt::AlignVCenter);
-    m_message->setElides(true);
+    m_head->addControl(m_cancel);
+    auto* share = new QHBoxLayout;
+    share->addWidget(m_bar, 1, Qt::AlignVCenter);
+    share->addWidget(m_percentage);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_head);
+    column->addLayout(share);
+    column->addWidget(m_details);
     m_cancel->hide();
     connect(m_cancel, &QAbstractButton::clicked, this, &ProgressRow::cancelRequested);
-    keepStyled(*this, theme,
-               [row, &theme] { row->setSpacing(qRound(theme.tokens().spacing().lg)); });
+    keepStyled(*this, theme, [share, column, &theme] {
+        const SpacingTokens spacing = theme.tokens().spacing();
+        share->setSpacing(qRound(spacing.md));
+        column->setSpacing(qRound(spacing.sm));
+    });
 }
 
 void ProgressRow::setMessage(const QString& message)
 {
-    m_message->setText(message);
+    m_head->setTitle(message);
     m_bar->setAccessibleName(message);
+}
+
+void ProgressRow::setNote(const QString& note)
+{
+    m_head->setNote(note);
+    m_bar->setAccessibleDescription(note);
 }
 
 void ProgressRow::setFraction(std::optional<double> fraction)
 {
     m_bar->setFraction(fraction);
-    const int percent = int(std::clamp(fraction.value_or(0), 0.0, 1.0) * 100);
-    m_percentage->setText(fraction ? interfaceLocale().toString(percent) + u'%' : QString());
+    setPercentage(fraction ? percentageText(*fraction) : QString());
 }
 
-void ProgressRow::setDetail(const QString& detail)
+void ProgressRow::setPercentage(const QString& text)
 {
-    showText(*m_detail, detail);
+    showText(*m_percentage, text);
+}
+
+void ProgressRow::setDetails(const QList<SymbolLine>& lines)
+{
+    m_details->setLines(lines);
 }
 
 void ProgressRow::setCancelText(const QString& text)

@@ -2,6 +2,7 @@
 
 #include "ui/components/Buttons.h"
 #include "ui/components/Indicators.h"
+#include "ui/components/SymbolLines.h"
 #include "ui/components/ThemedLabel.h"
 
 #include <QWidget>
@@ -118,7 +119,7 @@ private:
     QString m_givenName;
 };
 
-/// How far something has come: a headline, a bar, details below it, and a button to end it.
+/// How far something has come: a headline, a note and a button to end it, a bar, and details below.
 class ProgressRow final : public QWidget
 {
     Q_OBJECT
@@ -127,11 +128,15 @@ public:
     /// `theme` must outlive the row.
     explicit ProgressRow(const Theme& theme, QWidget* parent = nullptr);
 
+    /// The headline, which is the bar's name as well.
     void setMessage(const QString& message);
+    /// A smaller line below the headline; none if it is empty.
+    void setNote(const QString& note);
     /// 0 to 1; nothing for work without a known end.
     void setFraction(std::optional<double> fraction);
-    /// A second line; none if it is empty.
-    void setDetail(const QString& detail);
+    /// What stands beside the bar: the fraction in percent unless this says something else.
+    void setPercentage(const QString& text);
+    void setDetails(const QList<SymbolLine>& lines);
     /// What the button says; without a text there is none.
     void setCancelText(const QString& text);
 
@@ -142,10 +147,10 @@ Q_SIGNALS:
 
 private:
     // All owned by Qt's tree.
-    ThemedLabel* m_message;
-    ThemedLabel* m_percentage;
+    FormRow* m_head;
     ProgressBar* m_bar;
-    ThemedLabel* m_detail;
+    ThemedLabel* m_percentage;
+    SymbolLines* m_details;
     TextButton* m_cancel;
 };
 

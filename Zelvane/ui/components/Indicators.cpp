@@ -1,5 +1,6 @@
 #include "ui/components/Indicators.h"
 
+#include "settings/Localization.h"
 #include "ui/components/Styling.h"
 #include "ui/style/ViewStyles.h"
 
@@ -8,6 +9,7 @@
 #include <QStyle>
 #include <QTimerEvent>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -34,6 +36,13 @@ constexpr int badgePadding = 8;
 constexpr int lightSide = 10;
 
 } // namespace
+
+QString percentageText(double share)
+{
+    // The small addition makes up for shares such as 0.29, of which 100 are 28.999….
+    const double percent = std::clamp(share, 0.0, 1.0) * 100 + 1e-9;
+    return localizedFormat(QStringLiteral("%lld%%"), {qlonglong(percent)});
+}
 
 ProgressBar::ProgressBar(const Theme& theme, QWidget* parent)
     : QProgressBar(parent)

@@ -10,6 +10,10 @@
 
 namespace zelvane {
 
+/// A share of 1 in whole percent, rounded down: "42%", or "42 %" where languages write it so. Less
+/// than nothing is 0, more than everything 100.
+[[nodiscard]] QString percentageText(double share);
+
 /// A thin bar: how much of something is done, or, with a maximum of 0, that it goes on. It costs
 /// nothing while it can't be seen.
 class ProgressBar final : public QProgressBar

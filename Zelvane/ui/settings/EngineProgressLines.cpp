@@ -1,6 +1,7 @@
 #include "ui/settings/EngineProgressLines.h"
 
 #include "settings/Localization.h"
+#include "ui/components/Indicators.h"
 
 #include <algorithm>
 
@@ -69,9 +70,7 @@ QString engineProgressPercentage(const EngineDownloadProgress& progress)
     if (!progress.totalBytes || *progress.totalBytes < 1) {
         return {};
     }
-    const double share = double(progress.downloadedBytes) / double(*progress.totalBytes);
-    const int percentage = int(std::clamp(share, 0.0, 1.0) * 100);
-    return interfaceLocale().toString(percentage) + u' ' + interfaceLocale().percent();
+    return percentageText(double(progress.downloadedBytes) / double(*progress.totalBytes));
 }
 
 QString byteCountText(qint64 bytes)

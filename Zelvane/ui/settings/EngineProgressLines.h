@@ -1,25 +1,17 @@
 #pragma once
 
 #include "Services/EngineStatus.h"
+#include "ui/components/SymbolLines.h"
 
 #include <QList>
 #include <QString>
 
 namespace zelvane {
 
-/// A line about a download, with the symbol that stands before it.
-struct SymbolLine
-{
-    QString symbol;
-    QString text;
-
-    friend bool operator==(const SymbolLine&, const SymbolLine&) = default;
-};
-
 /// What a window shows of a download that is under way, in the interface language.
 [[nodiscard]] QList<SymbolLine> engineProgressLines(const EngineDownloadProgress& progress);
 
-/// The share that has been downloaded, such as "42 %"; empty while the size is unknown.
+/// The share that has been downloaded, such as "42%"; empty while the size is unknown.
 [[nodiscard]] QString engineProgressPercentage(const EngineDownloadProgress& progress);
 
 /// A number of bytes for readers, in the interface language: "4.6 GB", powers of ten.

@@ -78,17 +78,18 @@ void EngineRows::update()
     const bool ready = std::holds_alternative<engine_status::Ready>(status);
     const bool failed = std::holds_alternative<engine_status::Failed>(status);
     const EngineHeadline shown = engineHeadline(status, m_controls.displaySizeBytes());
+    m_headline->setVisible(!installing);
     m_headline->setTitle(shown.headline);
     m_headline->setNote(failed ? QString() : shown.detail);
     m_failure->setText(shown.detail);
     m_failure->setVisible(failed);
-    m_install->setVisible(!installing);
     setButtonText(*m_install, localizedText(ready ? QStringLiteral("Reinstall")
                                                   : QStringLiteral("Install Offline Engine…")));
     m_install->setSymbol(ready ? QString() : QStringLiteral("externaldrive.badge.plus"));
     m_delete->setVisible(ready);
     setButtonText(*m_delete, localizedText(QStringLiteral("Delete Offline Engine")));
     m_progress->setVisible(installing);
+    m_progress->setMessage(shown.headline);
     m_progress->setCancelText(localizedText(QStringLiteral("Cancel")));
     m_progress->cancelButton().setAccessibleName(localizedText(QStringLiteral("Cancel")));
     showProgress();
@@ -101,15 +102,12 @@ void EngineRows::showProgress()
     if (!installing) {
         return;
     }
-    m_progress->setMessage(installing->message);
+    m_progress->setNote(installing->message);
     m_progress->setFraction(installing->fraction);
-    QStringList lines;
-    if (const auto progress = m_controls.state->downloadProgress.value()) {
-        for (const SymbolLine& line : engineProgressLines(*progress)) {
-            lines += line.text;
-        }
-    }
-    m_progress->setDetail(lines.join(QStringLiteral(" · ")));
+    // The bar has room for other steps than the download; only that one is counted.
+    const auto download = m_controls.state->downloadProgress.value();
+    m_progress->setPercentage(download ? engineProgressPercentage(*download) : QString());
+    m_progress->setDetails(download ? engineProgressLines(*download) : QList<SymbolLine>());
 }
 
 } // namespace zelvane

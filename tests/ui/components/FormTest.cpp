@@ -136,6 +136,13 @@ TEST_F(FormTest, progressRowTellsTheShareAndTheCancellation)
     const auto* bar = row.findChild<ProgressBar*>();
     EXPECT_EQ(bar->value(), 416);
     EXPECT_EQ(bar->accessibleName(), QStringLiteral("Installing…"));
+    row.setPercentage(QStringLiteral("38%"));
+    EXPECT_EQ(bar->value(), 416);
+    texts.clear();
+    for (const QLabel* label : row.findChildren<QLabel*>()) {
+        texts += label->text();
+    }
+    EXPECT_TRUE(texts.contains(QStringLiteral("38%"))) << texts.join(u'|').toStdString();
     row.setFraction(std::nullopt);
     EXPECT_EQ(bar->maximum(), 0);
 }

@@ -40,6 +40,15 @@ EngineDownloadProgress stalled()
     return progress;
 }
 
+EngineDownloadProgress ofUnknownSize()
+{
+    EngineDownloadProgress progress = halfway();
+    progress.totalBytes.reset();
+    progress.remainingBytes.reset();
+    progress.etaSeconds.reset();
+    return progress;
+}
+
 SessionCapabilities barrenSession()
 {
     return {SessionKind::wayland,  Availability::missing, Availability::missing,
@@ -56,7 +65,10 @@ Scene withKey(const QString& name, ModelListing listing,
 
 QList<Scene> translationScenes()
 {
-    const engine_status::Installing installing{QStringLiteral("Downloading Hy-MT2 model…"), 0.45};
+    const engine_status::Installing unpacking{localizedText(QStringLiteral("Unpacking llama.cpp…")),
+                                              0.04};
+    const engine_status::Installing installing{
+        localizedText(QStringLiteral("Downloading Hy-MT2 model…")), 0.45};
     const engine_status::Failed failed{QStringLiteral("hymt2-7b-q4-k-m download size mismatch: "
                                                       "expected 4624648896, got 4624648895.")};
     const auto scene = [](const QString& name, const Situation& situation) {
@@ -76,8 +88,10 @@ QList<Scene> translationScenes()
                     settings.setModel(QStringLiteral("gpt-4o-2024-08-06-long-context"));
                 }),
         scene(QStringLiteral("-deepl"), {.provider = AIProvider::deepL}),
+        scene(QStringLiteral("-unpacking"), {.engine = unpacking}),
         scene(QStringLiteral("-installing"), {.engine = installing, .download = halfway()}),
         scene(QStringLiteral("-stalled"), {.engine = installing, .download = stalled()}),
+        scene(QStringLiteral("-unknown-size"), {.engine = installing, .download = ofUnknownSize()}),
         scene(QStringLiteral("-failed"), {.engine = failed}),
         scene(QStringLiteral("-ready"), {.engine = engine_status::Ready{}}),
         scene(QStringLiteral("-denied"), {.permission = State::denied}),

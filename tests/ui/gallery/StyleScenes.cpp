@@ -433,8 +433,10 @@ QWidget* sampleForm(const Theme& theme)
     auto* progress = new ProgressRow(theme);
     progress->setMessage(QStringLiteral("Installing offline engine…"));
     progress->setFraction(0.41);
-    progress->setDetail(QStringLiteral("1.9 GB of 4.6 GB downloaded · 24.1 MB/s · About 2 minutes "
-                                       "remaining"));
+    progress->setNote(QStringLiteral("Downloading Hy-MT2 model…"));
+    progress->setDetails(
+        {{QStringLiteral("arrow.down.circle"), QStringLiteral("1.9 GB of 4.6 GB downloaded")},
+         {QStringLiteral("speedometer"), QStringLiteral("24.1 MB/s")}});
     progress->setCancelText(QStringLiteral("Cancel"));
     engine->card().addRow(progress);
     column->addWidget(engine);

@@ -34,7 +34,7 @@ TEST(EngineProgressLines, tellAmountSpeedRestAndTime)
         ElementsAre(line(u"arrow.down.circle", u"2.3 GB of 4.6 GB downloaded"),
                     line(u"speedometer", u"11.5 MB/s"), line(u"externaldrive", u"2.3 GB remaining"),
                     line(u"clock", u"About 3:20 remaining"), line(u"clock", u"Elapsed: 1:02:05")));
-    EXPECT_EQ(engineProgressPercentage(halfWay()), QStringLiteral("50 %"));
+    EXPECT_EQ(engineProgressPercentage(halfWay()), QStringLiteral("50%"));
 }
 
 TEST(EngineProgressLines, tellLessWhileTheSizeIsUnknown)
@@ -68,11 +68,21 @@ TEST(EngineProgressLines, tellOfASilenceOfTenSeconds)
               line(u"wifi.slash", u"No network data for 0:10. Waiting to resume…"));
 }
 
+TEST(EngineProgressLines, countWholePercentThatAreDone)
+{
+    EngineDownloadProgress progress = halfWay();
+    progress.totalBytes = 1'000;
+    progress.downloadedBytes = 290;
+    EXPECT_EQ(engineProgressPercentage(progress), QStringLiteral("29%"));
+    progress.downloadedBytes = 999;
+    EXPECT_EQ(engineProgressPercentage(progress), QStringLiteral("99%"));
+}
+
 TEST(EngineProgressLines, neverPassAHundredPercent)
 {
     EngineDownloadProgress progress = halfWay();
     progress.downloadedBytes = 9'000'000'000;
-    EXPECT_EQ(engineProgressPercentage(progress), QStringLiteral("100 %"));
+    EXPECT_EQ(engineProgressPercentage(progress), QStringLiteral("100%"));
 }
 
 } // namespace
