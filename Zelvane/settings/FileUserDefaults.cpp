@@ -21,12 +21,22 @@ bool isStorable(const DefaultsValue& value)
     return number == nullptr || std::isfinite(*number);
 }
 
-void apply(DefaultsContents& contents, const QString& key, const std::optional<StoredValue>& value)
+/// None for a value of a kind that this version doesn't know.
+std::optional<DefaultsValue> known(const DefaultsContents& contents, const QString& key)
 {
-    if (value) {
-        contents.insert(key, *value);
-    } else {
+    const auto found = contents.constFind(key);
+    const auto* value =
+        found != contents.constEnd() ? std::get_if<DefaultsValue>(&*found) : nullptr;
+    return value != nullptr ? std::optional(*value) : std::nullopt;
+}
+
+void apply(DefaultsContents& contents, const QString& key, const DefaultsUpdate& update)
+{
+    const auto next = update(known(contents, key));
+    if (!next) {
         contents.remove(key);
+    } else if (isStorable(*next)) {
+        contents.insert(key, *next);
     }
 }
 
@@ -67,10 +77,7 @@ FileUserDefaults::~FileUserDefaults()
 std::optional<DefaultsValue> FileUserDefaults::value(const QString& key) const
 {
     const std::scoped_lock lock(m_lock);
-    const auto found = m_values.constFind(key);
-    const auto* known =
-        found != m_values.constEnd() ? std::get_if<DefaultsValue>(&*found) : nullptr;
-    return known != nullptr ? std::optional(*known) : std::nullopt;
+    return known(m_values, key);
 }
 
 QStringList FileUserDefaults::keys() const
@@ -84,23 +91,33 @@ QStringList FileUserDefaults::keys() const
 void FileUserDefaults::setValue(const QString& key, const DefaultsValue& value)
 {
     if (isStorable(value)) {
-        change(key, value);
+        const std::scoped_lock lock(m_lock);
+        enqueue(key, [value](const auto&) { return value; });
     }
 }
 
 void FileUserDefaults::remove(const QString& key)
 {
-    change(key, std::nullopt);
+    const std::scoped_lock lock(m_lock);
+    enqueue(key, [](const auto&) { return std::nullopt; });
 }
 
-void FileUserDefaults::change(const QString& key, std::optional<StoredValue> value)
+void FileUserDefaults::update(const QString& key, const DefaultsUpdate& update)
 {
-    {
-        const std::scoped_lock lock(m_lock);
-        apply(m_values, key, value);
-        m_changes.insert(key, {std::move(value), ++m_lastNumber});
-        m_isAttemptWanted = true;
+    const std::scoped_lock lock(m_lock);
+    if (const DefaultsUpdate pending = m_changes.value(key).update) {
+        enqueue(key, [=](const auto& present) { return update(pending(present)); });
+    } else {
+        enqueue(key, update);
     }
+}
+
+/// Called with the lock held. Takes the place of what is still to be done about the key.
+void FileUserDefaults::enqueue(const QString& key, const DefaultsUpdate& update)
+{
+    apply(m_values, key, update);
+    m_changes.insert(key, {update, ++m_lastNumber});
+    m_isAttemptWanted = true;
     m_workDue.notify_one();
 }
 
@@ -108,16 +125,29 @@ bool FileUserDefaults::flush()
 {
     std::unique_lock lock(m_lock);
     const quint64 number = m_lastNumber;
-    const quint64 attempt = m_attemptsStarted + 1; // one under way may not have seen all changes
     const auto isAtRest = [this] {
         return m_changes.isEmpty() && !m_isAttemptWanted && m_attemptsEnded == m_attemptsStarted;
     };
     if (!isAtRest()) {
-        m_isAttemptWanted = true;
-        m_workDue.notify_one();
-        m_attemptEnded.wait(lock, [&] { return isAtRest() || m_attemptsEnded >= attempt; });
+        waitForAttempt(lock, isAtRest);
     }
     return isStoredUpTo(number);
+}
+
+void FileUserDefaults::reread()
+{
+    std::unique_lock lock(m_lock);
+    waitForAttempt(lock, [] { return false; });
+}
+
+/// Waits for an attempt that begins after this call, or until that is `isEnough` already.
+void FileUserDefaults::waitForAttempt(std::unique_lock<std::mutex>& lock,
+                                      const std::function<bool()>& isEnough)
+{
+    const quint64 attempt = m_attemptsStarted + 1; // one under way may not have seen all changes
+    m_isAttemptWanted = true;
+    m_workDue.notify_one();
+    m_attemptEnded.wait(lock, [&] { return m_attemptsEnded >= attempt || isEnough(); });
 }
 
 bool FileUserDefaults::isStoredUpTo(quint64 number) const
@@ -183,7 +213,7 @@ std::expected<DefaultsContents, FileFailure> FileUserDefaults::store(const Chang
     }
     DefaultsContents merged = *contents;
     for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
-        apply(merged, change.key(), change->value);
+        apply(merged, change.key(), change->update);
     }
     if (isInNeedOfWriting || merged != *contents) {
         const auto replaced = replaceDurably(m_path, encodeDefaults(merged));
@@ -239,7 +269,7 @@ void FileUserDefaults::settle(DefaultsContents stored, const Changes& done)
         return written != done.constEnd() && written->number == change->number;
     });
     for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change) {
-        apply(stored, change.key(), change->value);
+        apply(stored, change.key(), change->update);
     }
     m_values = std::move(stored);
 }

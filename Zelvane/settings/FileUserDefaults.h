@@ -61,22 +61,24 @@ public:
     [[nodiscard]] std::optional<DefaultsValue> value(const QString& key) const override;
     void setValue(const QString& key, const DefaultsValue& value) override;
     void remove(const QString& key) override;
+    void update(const QString& key, const DefaultsUpdate& update) override;
     [[nodiscard]] QStringList keys() const override;
+    void reread() override;
 
     /// Waits until all changes made so far have reached the disk, or an attempt has failed. Whether
     /// they have. Blocks: for the command line and the end of the process.
     bool flush();
 
 private:
-    /// None removes the key.
     struct Change
     {
-        std::optional<StoredValue> value;
+        DefaultsUpdate update;
         quint64 number = 0;
     };
     using Changes = QHash<QString, Change>;
 
-    void change(const QString& key, std::optional<StoredValue> value);
+    void enqueue(const QString& key, const DefaultsUpdate& update);
+    void waitForAttempt(std::unique_lock<std::mutex>& lock, const std::function<bool()>& isEnough);
     void run(const std::stop_token& stop);
     void attempt(std::unique_lock<std::mutex>& lock);
     std::expected<DefaultsContents, FileFailure> store(const Changes& changes);

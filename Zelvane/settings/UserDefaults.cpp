@@ -67,6 +67,13 @@ void OverlayUserDefaults::remove(const QString& key)
     m_changes.insert(key, std::nullopt);
 }
 
+void OverlayUserDefaults::update(const QString& key, const DefaultsUpdate& update)
+{
+    const auto next = update(value(key));
+    const std::scoped_lock lock(m_lock);
+    m_changes.insert(key, next);
+}
+
 QStringList OverlayUserDefaults::keys() const
 {
     const std::scoped_lock lock(m_lock);

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <variant>
@@ -13,6 +14,11 @@ namespace zelvane {
 
 /// A stored setting with its type.
 using DefaultsValue = std::variant<bool, qint64, double, QString, QByteArray>;
+
+/// Makes the new value, or none, out of the present one, or of none. Runs on any thread, and must
+/// not mind being applied to its own result: "add this to the list" rather than "add one".
+using DefaultsUpdate =
+    std::function<std::optional<DefaultsValue>(const std::optional<DefaultsValue>&)>;
 
 /// The persistent settings of one user, by key.
 ///
@@ -28,7 +34,13 @@ public:
     [[nodiscard]] virtual std::optional<DefaultsValue> value(const QString& key) const = 0;
     virtual void setValue(const QString& key, const DefaultsValue& value) = 0;
     virtual void remove(const QString& key) = 0;
+    /// Changes a value that other processes change too: on the disk, `update` is applied to what is
+    /// stored there by then.
+    virtual void update(const QString& key, const DefaultsUpdate& update) = 0;
     [[nodiscard]] virtual QStringList keys() const = 0;
+
+    /// Takes over what other processes have stored since. Blocks, so not for the main thread.
+    virtual void reread() = 0;
 
     /// The value if it is stored and of this type, else none.
     [[nodiscard]] std::optional<QString> string(const QString& key) const;
@@ -49,7 +61,10 @@ public:
     [[nodiscard]] std::optional<DefaultsValue> value(const QString& key) const override;
     void setValue(const QString& key, const DefaultsValue& value) override;
     void remove(const QString& key) override;
+    void update(const QString& key, const DefaultsUpdate& update) override;
     [[nodiscard]] QStringList keys() const override;
+    /// Does nothing: there is nobody else.
+    void reread() override {}
 
 private:
     const UserDefaults* m_base;

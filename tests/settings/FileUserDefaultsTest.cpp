@@ -501,5 +501,71 @@ TEST_F(FileUserDefaultsTest, describesItsNotices)
               QStringLiteral("The settings can't be saved (/a): Disk full"));
 }
 
+/// Adds a letter to a text, once.
+DefaultsUpdate adding(QChar letter)
+{
+    return [letter](const std::optional<DefaultsValue>& present) -> std::optional<DefaultsValue> {
+        const QString text = present ? std::get<QString>(*present) : QString();
+        return text.contains(letter) ? text : text + letter;
+    };
+}
+
+TEST_F(FileUserDefaultsTest, changesAValueWhereverItStandsByThen)
+{
+    FileUserDefaults first(directory);
+    FileUserDefaults second(directory);
+    first.update(key, adding(u'a'));
+    EXPECT_EQ(first.string(key), QStringLiteral("a"));
+    EXPECT_TRUE(first.flush());
+    second.update(key, adding(u'b')); // has not read what the first has stored
+    EXPECT_TRUE(second.flush());
+    EXPECT_EQ(second.string(key), QStringLiteral("ab"));
+    EXPECT_EQ(contents(), QByteArray("{\n  \"zv.prompt\": \"ab\"\n}\n"));
+}
+
+TEST_F(FileUserDefaultsTest, keepsTheOrderOfChangesThatTheDiskDoesNotHaveYet)
+{
+    write(R"({"zv.prompt": "x"})");
+    auto lock = FileLock::tryAcquire(path("defaults.json.lock"));
+    ASSERT_TRUE(lock && *lock);
+    FileUserDefaults defaults(directory, notices.handler(), {.lockLimit = 10s});
+    defaults.update(key, adding(u'a'));
+    defaults.update(key, adding(u'b'));
+    EXPECT_EQ(defaults.string(key), QStringLiteral("xab"));
+    lock->reset();
+    EXPECT_TRUE(defaults.flush());
+    EXPECT_EQ(contents(), QByteArray("{\n  \"zv.prompt\": \"xab\"\n}\n"));
+
+    defaults.setValue(key, QStringLiteral("y"));
+    defaults.update(key, adding(u'c'));
+    defaults.remove(key);
+    defaults.update(key, adding(u'd'));
+    EXPECT_TRUE(defaults.flush());
+    EXPECT_EQ(contents(), QByteArray("{\n  \"zv.prompt\": \"d\"\n}\n"));
+}
+
+TEST_F(FileUserDefaultsTest, anUpdateTakesNoNumberThatIsNone)
+{
+    FileUserDefaults defaults(directory);
+    defaults.setValue(key, 2.5);
+    defaults.update(key, [](const auto&) { return std::nan(""); });
+    EXPECT_EQ(defaults.number(key), 2.5);
+    EXPECT_TRUE(defaults.flush());
+    EXPECT_EQ(contents(), QByteArray("{\n  \"zv.prompt\": 2.5\n}\n"));
+}
+
+TEST_F(FileUserDefaultsTest, rereadTakesOverWhatOthersHaveStored)
+{
+    FileUserDefaults defaults(directory);
+    defaults.setValue(key, QStringLiteral("P"));
+    EXPECT_TRUE(defaults.flush());
+    write(R"({"zv.prompt": "Q", "zv.model": "M"})");
+    EXPECT_EQ(defaults.string(key), QStringLiteral("P"));
+    defaults.reread();
+    EXPECT_EQ(defaults.string(key), QStringLiteral("Q"));
+    EXPECT_EQ(defaults.string(QStringLiteral("zv.model")), QStringLiteral("M"));
+    EXPECT_EQ(contents(), QByteArray(R"({"zv.prompt": "Q", "zv.model": "M"})"));
+}
+
 } // namespace
 } // namespace zelvane::test
