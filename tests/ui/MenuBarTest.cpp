@@ -278,6 +278,8 @@ TEST_F(MenuBarTest, commandsHaveTheirKeys)
 {
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
     controller.togglePanel();
+    EXPECT_EQ(controller.panel()->content().settingsButton().toolTip(), QStringLiteral("Ctrl+,"));
+    EXPECT_EQ(controller.panel()->content().quitButton().toolTip(), QStringLiteral("Ctrl+Q"));
     QTest::keyClick(controller.panel()->focusWidget(), Qt::Key_Comma, Qt::ControlModifier);
     EXPECT_EQ(controller.panel(), nullptr);
     controller.togglePanel();

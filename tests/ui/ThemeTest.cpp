@@ -17,6 +17,15 @@ TEST_P(ReadableColors, textStandsOutFromWhatItIsOn)
         EXPECT_GE(contrastRatio(colors.secondaryText, ground), 4.5);
         EXPECT_GE(contrastRatio(colors.tertiaryText, ground), 3);
     }
+    for (const QColor& ground : {colors.window, colors.well}) {
+        EXPECT_GE(contrastRatio(colors.tertiaryText, ground), 4.5);
+    }
+    for (const QColor& ground : {colors.accent, colors.accentHovered, colors.accentPressed}) {
+        EXPECT_GE(contrastRatio(colors.onAccent, ground), 4.5);
+    }
+    for (const QColor& ground : {colors.controlHovered, colors.controlPressed}) {
+        EXPECT_GE(contrastRatio(colors.text, ground), 7);
+    }
     for (const QColor& ground : {colors.window, colors.card}) {
         for (const QColor& text :
              {colors.success, colors.warningText, colors.danger, colors.link}) {
@@ -28,7 +37,6 @@ TEST_P(ReadableColors, textStandsOutFromWhatItIsOn)
     EXPECT_GE(contrastRatio(colors.accent, colors.track), 2);
     EXPECT_GE(contrastRatio(colors.focusRing, colors.window), 3);
     EXPECT_GE(contrastRatio(colors.focusRing, colors.well), 3);
-    EXPECT_GE(contrastRatio(colors.onAccent, colors.accent), 4);
     EXPECT_GE(contrastRatio(colors.text, blended(colors.textSelection, colors.well)), 4.5);
 }
 

@@ -17,11 +17,15 @@ constexpr int textPadding = 14;
 constexpr int plainPadding = 8;
 constexpr int symbolGap = 6;
 constexpr int keyHintGap = 10;
-/// How much of the text's colour the key beside it has.
-constexpr float keyHintStrength = 0.7F;
 constexpr int minimalWidth = 76;
 constexpr int iconButtonSide = 28;
 constexpr int iconButtonSymbol = 16;
+
+int advance(const QString& text, const QFont& font)
+{
+    // Rounded up: a text that gets a fraction of a pixel too little loses its end.
+    return int(std::ceil(QFontMetricsF(font).horizontalAdvance(text)));
+}
 
 /// Return presses the button that has the keyboard. Whether it did.
 bool pressedByReturn(QAbstractButton& button, const QKeyEvent& event)
@@ -115,9 +119,10 @@ void TextButton::paintEvent(QPaintEvent*)
     }
     painter.drawText(place(words), Qt::AlignCenter | Qt::TextSingleLine, shown);
     if (!m_keyHint.isEmpty()) {
-        QColor faint = color;
-        faint.setAlphaF(color.alphaF() * keyHintStrength);
-        painter.setPen(faint);
+        // On the accent nothing fainter than the text itself could be read.
+        const bool onPlainGround = isEnabled() && m_kind != ControlKind::prominent;
+        painter.setPen(onPlainGround ? m_theme.colors().secondaryText : color);
+        painter.setFont(keyHintFont());
         const auto end = QStyle::visualAlignment(layoutDirection(), Qt::AlignRight);
         painter.drawText(place(trailingWidth()), int(end | Qt::AlignVCenter) | Qt::TextSingleLine,
                          m_keyHint);
@@ -133,8 +138,7 @@ void TextButton::keyPressEvent(QKeyEvent* event)
 
 int TextButton::textWidth(const QString& text) const
 {
-    // Rounded up: a text that gets a fraction of a pixel too little loses its end.
-    return int(std::ceil(QFontMetricsF(font()).horizontalAdvance(text)));
+    return advance(text, font());
 }
 
 int TextButton::symbolSize() const
@@ -149,7 +153,12 @@ int TextButton::leadingWidth() const
 
 int TextButton::trailingWidth() const
 {
-    return m_keyHint.isEmpty() ? 0 : textWidth(m_keyHint) + keyHintGap;
+    return m_keyHint.isEmpty() ? 0 : advance(m_keyHint, keyHintFont()) + keyHintGap;
+}
+
+QFont TextButton::keyHintFont() const
+{
+    return m_theme.font(StyleFontRole::caption);
 }
 
 IconButton::IconButton(const Theme& theme, QString symbol, QWidget* parent, ControlKind kind)

@@ -25,6 +25,7 @@ public:
 
     /// The key that presses the button, shown behind its text: "⌘C". Display only.
     void setKeyHint(const QString& hint);
+    [[nodiscard]] QString keyHint() const { return m_keyHint; }
 
     /// A text for which the button keeps room besides its own, so that a change between both moves
     /// nothing.
@@ -42,6 +43,7 @@ private:
     [[nodiscard]] int symbolSize() const;
     [[nodiscard]] int leadingWidth() const;
     [[nodiscard]] int trailingWidth() const;
+    [[nodiscard]] QFont keyHintFont() const;
 
     const Theme& m_theme;
     ControlKind m_kind;

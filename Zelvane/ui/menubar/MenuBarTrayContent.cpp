@@ -6,6 +6,7 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QKeySequence>
 #include <QVBoxLayout>
 
 namespace zelvane {
@@ -17,6 +18,11 @@ constexpr double leastWidth = 260;
 constexpr int rowPadding = 7;
 /// Between a pair and its shortcut.
 constexpr int rowGap = 12;
+
+QString keyName(QKeyCombination key)
+{
+    return QKeySequence(key).toString(QKeySequence::NativeText);
+}
 
 } // namespace
 
@@ -131,9 +137,9 @@ void MenuBarTrayContent::retranslate()
     m_title->setText(m_model.title());
     m_translation->setText(localizedText(QStringLiteral("Translation Window")));
     m_settings->setText(localizedText(QStringLiteral("Settings")));
-    m_settings->setToolTip(QStringLiteral("⌃,"));
+    m_settings->setToolTip(keyName(Qt::CTRL | Qt::Key_Comma));
     m_quit->setText(localizedText(QStringLiteral("Quit")));
-    m_quit->setToolTip(QStringLiteral("⌃Q"));
+    m_quit->setToolTip(keyName(Qt::CTRL | Qt::Key_Q));
     fillPairs();
     showStatus();
 }

@@ -92,7 +92,7 @@ ThemeColors darkColors()
     c.disabledText = opaque(0x6c6c75);
     c.rowHovered = white(0.07);
     c.scrollHandle = white(0.32);
-    c.track = opaque(0x4a4a52);
+    c.track = opaque(0x484850);
     c.knob = opaque(0xf4f4f6);
     c.scrim = black(0.45);
     c.success = opaque(0x5fd39a);
@@ -118,7 +118,8 @@ QColor readable(QColor color, const ThemeColors& c, bool dark)
 void applyAccent(ThemeColors& c, const QColor& accent, bool dark)
 {
     c.accent = accent;
-    c.accentHovered = dark ? accent.lighter(112) : accent.darker(108);
+    // Darker in both schemes: white stays readable on it.
+    c.accentHovered = accent.darker(108);
     c.accentPressed = accent.darker(122);
     const QColor ink(0x1b, 0x1b, 0x1f);
     // White suits a mid-tone better than the bare numbers say, so ink must win clearly.
@@ -149,7 +150,7 @@ ThemeColors themeColors(const ColorChoice& choice)
 {
     const bool dark = choice.scheme == ColorScheme::dark;
     ThemeColors colors = dark ? darkColors() : lightColors();
-    const QColor ownAccent = opaque(dark ? 0x4a74f0 : 0x3564e6);
+    const QColor ownAccent = opaque(dark ? 0x436cf2 : 0x3564e6);
     applyAccent(colors, choice.accent.value_or(ownAccent), dark);
     if (choice.highContrast) {
         raiseContrast(colors);
