@@ -28,10 +28,12 @@ std::pair<QString, QString> textParts(const QStyleOptionMenuItem& item)
                    : std::pair(item.text.first(tab), item.text.sliced(tab + 1));
 }
 
+/// Each window hands all sizes to the X server, twice, and the window manager reads them before it
+/// shows the window: what taskbars use, and no more.
 QIcon applicationIcon()
 {
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int size : {16, 24, 32, 48, 64, 96}) {
         icon.addPixmap(picturePixmap(QStringLiteral("org.zelvane.desk"), size, 1));
     }
     return icon;
