@@ -22,12 +22,39 @@ QString packagesKey()
 }
 
 /// Anything unreadable counts as an empty list.
-QList<GlossaryPackage> storedPackages(const UserDefaults& defaults)
+QList<GlossaryPackage> packagesIn(const std::optional<DefaultsValue>& stored)
 {
-    const QByteArray json = defaults.data(packagesKey()).value_or(QByteArray());
-    QList<GlossaryPackage> packages = decodePackages(json).value_or(QList<GlossaryPackage>());
+    const auto* json = stored ? std::get_if<QByteArray>(&*stored) : nullptr;
+    auto packages = decodePackages(json ? *json : QByteArray()).value_or(QList<GlossaryPackage>());
     sortPackages(packages);
     return packages;
+}
+
+QList<GlossaryPackage> storedPackages(const UserDefaults& defaults)
+{
+    return packagesIn(defaults.value(packagesKey()));
+}
+
+/// The list with the package, or without it.
+DefaultsUpdate withPackage(const GlossaryPackage& package)
+{
+    return [package](const std::optional<DefaultsValue>& stored) {
+        QList<GlossaryPackage> packages = packagesIn(stored);
+        if (!packages.contains(package)) {
+            packages += package;
+            sortPackages(packages);
+        }
+        return encodePackages(packages);
+    };
+}
+
+DefaultsUpdate withoutPackage(const GlossaryPackage& package)
+{
+    return [package](const std::optional<DefaultsValue>& stored) {
+        QList<GlossaryPackage> packages = packagesIn(stored);
+        packages.removeAll(package);
+        return encodePackages(packages);
+    };
 }
 
 QString publishedPath(const QString& directionKey)
@@ -220,7 +247,7 @@ void GlossaryManager::finish(const GlossaryPackage& package, const std::exceptio
         if (failure) {
             std::rethrow_exception(failure);
         }
-        addToList(package);
+        changeList(withPackage(package));
         setActivity(key, std::nullopt);
     } catch (const CancellationError&) {
         setActivity(key, std::nullopt);
@@ -232,9 +259,7 @@ void GlossaryManager::finish(const GlossaryPackage& package, const std::exceptio
 QCoro::Task<void> GlossaryManager::deletePackage(GlossaryPackage package)
 {
     const QString packageKey = package.key();
-    QList<GlossaryPackage> packages = m_installedPackages;
-    packages.removeAll(package);
-    setInstalledPackages(packages);
+    changeList(withoutPackage(package));
     if (const Run run = m_runs.take(packageKey)) {
         run->request_stop();
     }
@@ -287,9 +312,14 @@ QCoro::Task<void> GlossaryManager::refreshInstalledDirections()
     }
 }
 
+/// With the list of packages as other processes have left it.
 QCoro::Task<InstalledDictionaries> GlossaryManager::list()
 {
-    return m_worker.run([folder = m_folder] { return folder.list(); }, {});
+    const auto look = [folder = m_folder, &defaults = m_defaults] {
+        defaults.reread();
+        return folder.list();
+    };
+    return m_worker.run(look, {});
 }
 
 QCoro::Task<void> GlossaryManager::removeLater(QString path)
@@ -305,22 +335,14 @@ void GlossaryManager::publish(const InstalledDictionaries& found)
 {
     m_dictionaries = found;
     m_installedDirections = QSet<QString>(found.keyBegin(), found.keyEnd());
+    m_installedPackages = storedPackages(m_defaults);
 }
 
-void GlossaryManager::addToList(const GlossaryPackage& package)
+/// The list belongs to all processes: each applies its change to what the others have left.
+void GlossaryManager::changeList(const DefaultsUpdate& change)
 {
-    QList<GlossaryPackage> packages = m_installedPackages;
-    if (!packages.contains(package)) {
-        packages += package;
-        setInstalledPackages(packages);
-    }
-}
-
-void GlossaryManager::setInstalledPackages(QList<GlossaryPackage> packages)
-{
-    sortPackages(packages);
-    m_defaults.setValue(packagesKey(), encodePackages(packages));
-    m_installedPackages = packages;
+    m_defaults.update(packagesKey(), change);
+    m_installedPackages = storedPackages(m_defaults);
 }
 
 void GlossaryManager::setActivity(const QString& packageKey,

@@ -104,7 +104,8 @@ public:
     /// The bytes of the package's files, as they were when `installedDirections` was last read.
     [[nodiscard]] qint64 installedSize(const GlossaryPackage& package) const;
 
-    /// Reads the folder anew. Ends when the result is published.
+    /// Looks at the folder and the list anew: other processes install and delete as well. Ends when
+    /// the result is published.
     QCoro::Task<void> refreshInstalledDirections();
 
 Q_SIGNALS:
@@ -130,8 +131,7 @@ private:
     QCoro::Task<void> removeLater(QString path);
 
     void publish(const InstalledDictionaries& found);
-    void addToList(const GlossaryPackage& package);
-    void setInstalledPackages(QList<GlossaryPackage> packages);
+    void changeList(const DefaultsUpdate& change);
     void setActivity(const QString& packageKey, const std::optional<Activity>& activity);
     void setProgress(const QString& packageKey, const std::optional<DownloadProgress>& progress);
 

@@ -125,11 +125,14 @@ bool FileUserDefaults::flush()
 {
     std::unique_lock lock(m_lock);
     const quint64 number = m_lastNumber;
+    const quint64 attempt = m_attemptsStarted + 1; // one under way may not have seen all changes
     const auto isAtRest = [this] {
         return m_changes.isEmpty() && !m_isAttemptWanted && m_attemptsEnded == m_attemptsStarted;
     };
     if (!isAtRest()) {
-        waitForAttempt(lock, isAtRest);
+        m_isAttemptWanted = true;
+        m_workDue.notify_one();
+        m_attemptEnded.wait(lock, [&] { return isAtRest() || m_attemptsEnded >= attempt; });
     }
     return isStoredUpTo(number);
 }
@@ -137,17 +140,18 @@ bool FileUserDefaults::flush()
 void FileUserDefaults::reread()
 {
     std::unique_lock lock(m_lock);
-    waitForAttempt(lock, [] { return false; });
-}
-
-/// Waits for an attempt that begins after this call, or until that is `isEnough` already.
-void FileUserDefaults::waitForAttempt(std::unique_lock<std::mutex>& lock,
-                                      const std::function<bool()>& isEnough)
-{
-    const quint64 attempt = m_attemptsStarted + 1; // one under way may not have seen all changes
-    m_isAttemptWanted = true;
-    m_workDue.notify_one();
-    m_attemptEnded.wait(lock, [&] { return m_attemptsEnded >= attempt || isEnough(); });
+    std::optional<DefaultsContents> stored;
+    quint64 before = 0;
+    do { // what was read is old if it has been written to meanwhile
+        before = m_attemptsEnded;
+        lock.unlock();
+        const auto bytes = readFile(m_path, sizeLimit);
+        stored = bytes && *bytes ? decodeDefaults(**bytes) : std::nullopt;
+        lock.lock();
+    } while (m_attemptsEnded != before);
+    if (stored) {
+        settle(*std::move(stored), {});
+    }
 }
 
 bool FileUserDefaults::isStoredUpTo(quint64 number) const

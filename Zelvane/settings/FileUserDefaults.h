@@ -78,7 +78,6 @@ private:
     using Changes = QHash<QString, Change>;
 
     void enqueue(const QString& key, const DefaultsUpdate& update);
-    void waitForAttempt(std::unique_lock<std::mutex>& lock, const std::function<bool()>& isEnough);
     void run(const std::stop_token& stop);
     void attempt(std::unique_lock<std::mutex>& lock);
     std::expected<DefaultsContents, FileFailure> store(const Changes& changes);

@@ -2,6 +2,7 @@
 
 #include "foundation/SystemClock.h"
 #include "http/NetworkHttpTransport.h"
+#include "settings/FileUserDefaults.h"
 #include "support/Await.h"
 #include "support/FakeHttpTransport.h"
 #include "support/LoopbackHttpServer.h"
@@ -473,6 +474,97 @@ TEST_F(GlossaryManagerTest, CountsNothingButFinishedFiles)
     writeFile(edition("de-fr.tsv"), "x");
     await(manager->refreshInstalledDirections());
     EXPECT_EQ(sorted(manager->installedDirections()), QStringList{QStringLiteral("de-fr")});
+}
+
+/// Two processes with the same profile, such as the program and a command.
+class TwoGlossaryManagersTest : public ::testing::Test
+{
+protected:
+    /// What one process has of its own.
+    struct Process
+    {
+        Process(const QString& folder, const QByteArray& published)
+            : defaults(folder + QStringLiteral("/config"))
+            , manager(
+                  {defaults, transport, clock, folder + QStringLiteral("/data"), language("en-US")})
+        {
+            for (int i = 0; i < 4; ++i) {
+                transport.answer(200, published);
+            }
+            await(manager.refreshInstalledDirections());
+        }
+
+        void install(const GlossaryPackage& package)
+        {
+            await(manager.install(package));
+            EXPECT_TRUE(defaults.flush());
+        }
+        void remove(const GlossaryPackage& package)
+        {
+            await(manager.deletePackage(package));
+            EXPECT_TRUE(defaults.flush());
+        }
+
+        FileUserDefaults defaults;
+        FakeHttpTransport transport;
+        VirtualClock clock;
+        GlossaryManager manager;
+    };
+
+    TwoGlossaryManagersTest()
+    {
+        makeDictionary(root.filePath(QStringLiteral("published")), "('Haus', 'house', 20.5, 0.1)");
+        published = contentsOf(root.filePath(QStringLiteral("published")));
+    }
+
+    /// What a process that starts now finds.
+    [[nodiscard]] QList<GlossaryPackage> stored() const
+    {
+        return Process(root.path(), published).manager.installedPackages();
+    }
+
+    QTemporaryDir root;
+    QByteArray published;
+};
+
+TEST_F(TwoGlossaryManagersTest, KeepWhatEachOtherHasInstalled)
+{
+    Process program(root.path(), published);
+    Process command(root.path(), published);
+    command.install(frenchEnglish);
+    program.install(germanEnglish);
+    EXPECT_EQ(stored(), (QList{frenchEnglish, germanEnglish}));
+    EXPECT_TRUE(program.manager.isInstalled(frenchEnglish));
+}
+
+TEST_F(TwoGlossaryManagersTest, BringNothingBackThatTheOtherHasDeleted)
+{
+    Process program(root.path(), published);
+    program.install(frenchEnglish);
+    Process command(root.path(), published);
+    command.remove(frenchEnglish);
+    program.install(germanEnglish);
+    EXPECT_EQ(stored(), QList{germanEnglish});
+    EXPECT_EQ(program.manager.installedPackages(), QList{germanEnglish});
+
+    command.install(frenchEnglish);
+    program.remove(germanEnglish);
+    EXPECT_EQ(stored(), QList{frenchEnglish});
+}
+
+TEST_F(TwoGlossaryManagersTest, SeeWhatTheOtherHasDoneWhenTheyLookAgain)
+{
+    Process program(root.path(), published);
+    Process command(root.path(), published);
+    command.install(germanEnglish);
+    EXPECT_FALSE(program.manager.isInstalled(germanEnglish));
+    await(program.manager.refreshInstalledDirections());
+    EXPECT_TRUE(program.manager.isInstalled(germanEnglish));
+    EXPECT_EQ(program.manager.installedSize(germanEnglish), 32);
+    command.remove(germanEnglish);
+    await(program.manager.refreshInstalledDirections());
+    EXPECT_EQ(program.manager.installedPackages(), QList<GlossaryPackage>());
+    EXPECT_TRUE(program.manager.installedDirections().isEmpty());
 }
 
 /// The same over the network.

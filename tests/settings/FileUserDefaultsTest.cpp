@@ -567,5 +567,34 @@ TEST_F(FileUserDefaultsTest, rereadTakesOverWhatOthersHaveStored)
     EXPECT_EQ(contents(), QByteArray(R"({"zv.prompt": "Q", "zv.model": "M"})"));
 }
 
+TEST_F(FileUserDefaultsTest, rereadKeepsWhatTheDiskDoesNotHaveYet)
+{
+    write(R"({"zv.prompt": "P", "zv.model": "M"})");
+    auto lock = FileLock::tryAcquire(path("defaults.json.lock"));
+    ASSERT_TRUE(lock && *lock);
+    FileUserDefaults defaults(directory, notices.handler(), {.lockLimit = 10s});
+    defaults.setValue(key, QStringLiteral("Q"));
+    defaults.reread();
+    EXPECT_EQ(defaults.string(key), QStringLiteral("Q"));
+    EXPECT_EQ(defaults.string(QStringLiteral("zv.model")), QStringLiteral("M"));
+    lock->reset();
+    EXPECT_TRUE(defaults.flush());
+    EXPECT_EQ(defaults.string(key), QStringLiteral("Q"));
+}
+
+TEST_F(FileUserDefaultsTest, rereadLeavesADamagedOrMissingFileAlone)
+{
+    FileUserDefaults defaults(directory, notices.handler());
+    defaults.reread();
+    EXPECT_FALSE(QFileInfo::exists(directory));
+    defaults.setValue(key, QStringLiteral("P"));
+    EXPECT_TRUE(defaults.flush());
+    write("{");
+    defaults.reread();
+    EXPECT_EQ(defaults.string(key), QStringLiteral("P"));
+    EXPECT_EQ(contents(), QByteArray("{"));
+    EXPECT_EQ(notices.all().size(), 0U);
+}
+
 } // namespace
 } // namespace zelvane::test
