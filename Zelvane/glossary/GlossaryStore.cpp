@@ -3,6 +3,7 @@
 #include "settings/LanguageNames.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace zelvane {
 
@@ -115,11 +116,15 @@ GlossaryStore::Shelf::Dictionary
 GlossaryStore::Shelf::dictionary(const GlossaryDirection& direction)
 {
     const QString key = direction.key();
+    const QString path = m_folder + u'/' + key + ending;
+    if (!QFileInfo::exists(path)) {
+        m_cache.erase(key); // another process may have deleted it
+        return nullptr;
+    }
     if (const auto kept = m_cache.find(key); kept != m_cache.end()) {
         return kept->second;
     }
     try {
-        const QString path = m_folder + u'/' + key + ending;
         const auto loaded = std::make_shared<const GlossaryDictionary>(m_load(path, m_end));
         m_cache.emplace(key, loaded);
         return loaded;

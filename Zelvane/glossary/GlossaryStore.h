@@ -12,7 +12,8 @@
 
 namespace zelvane {
 
-/// The installed dictionaries, read when they are first asked for and kept from then on.
+/// The installed dictionaries, read when they are first asked for and kept from then on, while
+/// their files are there.
 ///
 /// Used on one thread, which must run an event loop and never waits: reading and looking up happen
 /// one after the other on a thread of the store's own, so that no dictionary is read twice. Nothing

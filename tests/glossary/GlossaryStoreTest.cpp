@@ -166,6 +166,16 @@ TEST_F(GlossaryStoreTest, keepsADictionaryUntilItIsInvalidated)
     EXPECT_EQ(hint(QStringLiteral("Haus"), german, english), QString());
 }
 
+TEST_F(GlossaryStoreTest, forgetsADictionaryThatAnotherProcessHasDeleted)
+{
+    write(QStringLiteral("de-en.tsv"), "Haus\thouse\t30.0\n");
+    EXPECT_EQ(hint(QStringLiteral("Haus"), german, english), QStringLiteral("house"));
+    remove(QStringLiteral("de-en.tsv"));
+    EXPECT_EQ(hint(QStringLiteral("Haus"), german, english), QString());
+    write(QStringLiteral("de-en.tsv"), "Haus\thome\t30.0\n");
+    EXPECT_EQ(hint(QStringLiteral("Haus"), german, english), QStringLiteral("home"));
+}
+
 /// Loads that wait until they are let go, and are counted.
 class GlossaryLoads : public GlossaryStoreTest
 {
