@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QDir>
 #include <QTest>
 
 namespace zelvane::test {
@@ -299,6 +300,60 @@ TEST_F(SettingsTest, theUsersLanguageProposesItsGlossary)
     open(SettingsCategory::languages);
     EXPECT_TRUE(shows(QStringLiteral("German → English (US)")));
     EXPECT_NE(named<TextButton>(QStringLiteral("Download German → English (US)")), nullptr);
+}
+
+TEST_F(SettingsTest, tabGoesThroughTheLanguagesFromTheTopDown)
+{
+    settings.setPairs({});
+    open(SettingsCategory::languages);
+    named<TextButton>(QStringLiteral("Add pair"))->click();
+    LanguagePair french = settings.pairs().constFirst();
+    french.target = QStringLiteral("French");
+    settings.setPairs({french}); // proposes another glossary
+    view->resize(820, 2000);
+    QCoreApplication::processEvents();
+    QStringList names;
+    int y = 0;
+    auto* begin = &view->rowOf(SettingsCategory::languages);
+    begin->setFocus();
+    for (int i = 0; i < 40; ++i) {
+        QTest::keyClick(view.get(), Qt::Key_Tab);
+        const QWidget* now = view->focusWidget();
+        if (!view->pageOf(SettingsCategory::languages)->isAncestorOf(now)) {
+            continue;
+        }
+        const int middle = now->mapTo(view.get(), now->rect().center()).y();
+        EXPECT_GE(middle, y - 2) << qPrintable(now->accessibleName());
+        y = middle;
+        names += now->accessibleName();
+        if (names.last() == QStringLiteral("Download")) {
+            break;
+        }
+    }
+    EXPECT_TRUE(names.contains(QStringLiteral("Download German → French")))
+        << qPrintable(names.join(u'|'));
+    EXPECT_EQ(names.last(), QStringLiteral("Download"));
+}
+
+TEST_F(SettingsTest, glossariesOfOtherProcessesShowWhenTheirPageDoes)
+{
+    settings.setPairs({});
+    open(SettingsCategory::languages);
+    ASSERT_NE(named<TextButton>(QStringLiteral("Download German → English (US)")), nullptr);
+    view->hide();
+    const QString edition = folder.filePath(QStringLiteral("glossaries/wikdict-2_2026-06"));
+    ASSERT_TRUE(QDir().mkpath(edition));
+    for (const char* name : {"/de-en.tsv", "/en-de.tsv"}) {
+        QFile file(edition + QString::fromUtf8(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("Haus\thouse\t20.5\n");
+    }
+    defaults.setValue(QStringLiteral("zv.glossaryPackages.wikdict-2_2026-06"),
+                      QByteArrayLiteral(R"([{"sourceCode":"de","targetCode":"en-US"}])"));
+    view->show();
+    EXPECT_TRUE(waitUntil([&] {
+        return named<TextButton>(QStringLiteral("Delete German → English (US)")) != nullptr;
+    }));
 }
 
 TEST_F(SettingsTest, tellWhenTheyComeAndGo)

@@ -175,6 +175,11 @@ QString GlossaryDownloadsModel::manualProblem() const
     return {};
 }
 
+void GlossaryDownloadsModel::refresh()
+{
+    m_manager.refreshInstalledDirections();
+}
+
 void GlossaryDownloadsModel::install(const GlossaryPackage& package)
 {
     // The manager owns the installation, which goes on when the settings are closed.

@@ -57,6 +57,8 @@ public:
     /// Empty while nothing is wrong with the manual row.
     [[nodiscard]] QString manualProblem() const;
 
+    /// Looks for what other processes have installed or deleted.
+    void refresh();
     void install(const GlossaryPackage& package);
     void remove(const GlossaryPackage& package);
     void installManual();

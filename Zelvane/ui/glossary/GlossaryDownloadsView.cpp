@@ -2,9 +2,11 @@
 
 #include "settings/Localization.h"
 #include "ui/components/Styling.h"
+#include "ui/components/TabOrder.h"
 #include "ui/settings/SettingsPage.h"
 #include "ui/style/Symbols.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -100,9 +102,13 @@ GlossaryDownloadsView::GlossaryDownloadsView(const Theme& theme, const AppSettin
     , m_problem(new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::warning))
 {
     m_problem->setWordWrap(true);
+    // In a widget of their own, for screen readers find rows in the order of their making.
+    auto* list = new QWidget;
+    list->setLayout(m_list);
+    m_list->setContentsMargins(0, 0, 0, 0);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->addLayout(m_list);
+    column->addWidget(list);
     column->addWidget(new Divider(theme));
     column->addWidget(makeManualRow());
     column->addWidget(m_problem);
@@ -122,6 +128,14 @@ GlossaryDownloadsView::GlossaryDownloadsView(const Theme& theme, const AppSettin
 }
 
 GlossaryDownloadsView::~GlossaryDownloadsView() = default;
+
+bool GlossaryDownloadsView::event(QEvent* event)
+{
+    if (event->type() == QEvent::Show || event->type() == QEvent::WindowActivate) {
+        m_model.refresh();
+    }
+    return QWidget::event(event);
+}
 
 QWidget* GlossaryDownloadsView::makeManualRow()
 {
@@ -151,13 +165,22 @@ void GlossaryDownloadsView::retranslate()
     update();
 }
 
-void GlossaryDownloadsView::update()
+void GlossaryDownloadsView::addRows(qsizetype count)
 {
-    const QList<GlossaryRow> rows = m_model.rows();
-    while (m_rows.size() < rows.size()) {
+    if (m_rows.size() >= count) {
+        return;
+    }
+    while (m_rows.size() < count) {
         m_rows.append(new Row(m_theme, m_model));
         m_list->addWidget(m_rows.last());
     }
+    tabInReadingOrder(*this);
+}
+
+void GlossaryDownloadsView::update()
+{
+    const QList<GlossaryRow> rows = m_model.rows();
+    addRows(rows.size());
     for (qsizetype i = 0; i < m_rows.size(); ++i) {
         m_rows[i]->setVisible(i < rows.size());
         if (i < rows.size()) {

@@ -25,11 +25,16 @@ public:
     [[nodiscard]] GlossaryDownloadsModel& model() { return m_model; }
     [[nodiscard]] TextButton& manualButton() const { return *m_download; }
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
     class Row;
 
     [[nodiscard]] QWidget* makeManualRow();
     void retranslate();
+    /// Adds rows until there are `count` of them.
+    void addRows(qsizetype count);
     void update();
 
     const Theme& m_theme;

@@ -3,6 +3,7 @@
 #include "settings/Localization.h"
 #include "ui/components/Observe.h"
 #include "ui/components/Styling.h"
+#include "ui/components/TabOrder.h"
 #include "ui/glossary/GlossaryDownloadsView.h"
 
 #include <QHBoxLayout>
@@ -71,6 +72,7 @@ void LanguagesPage::showPairs()
     }
     m_pairs->card().setVisible(!m_rows.isEmpty());
     m_add->setEnabled(pairs.size() < maximalPairCount);
+    tabInReadingOrder(*this);
 }
 
 } // namespace zelvane
