@@ -129,11 +129,8 @@ TEST(Shell, whereKeysTakeNoEffectSettingsOpenAndARelaunchKeepsTheKeyOfTheRun)
 
     // A translation that is refused offers the relaunch, as the settings do.
     session.key(ZelvaneSession::toGerman);
-    const QString alert = session.waitForWindow(QStringLiteral("^Translation failed$"));
-    waitUntil([] { return false; }, 600ms); // the settings have come beside it
-    session.desktop.focusWindow(alert);
-    session.key("Tab");
-    session.key("Return");
+    session.waitForWindow(QStringLiteral("^Translation failed$"));
+    session.press(QStringLiteral("Relaunch Zelvane Desk"));
     ASSERT_TRUE(endsByItself(session));
     EXPECT_EQ(session.process().exitCode(), 0);
 
@@ -186,7 +183,6 @@ TEST(Shell, theIconComesWithALatePanelAndComesBackWithIt)
     host.come();
     ASSERT_TRUE(waitUntil([&] { return host.icons.size() == 1; }));
     host.go();
-    waitUntil([] { return false; }, 300ms);
     host.come();
     EXPECT_TRUE(waitUntil([&] { return host.icons.size() >= 2; }));
     session.quit();
@@ -219,7 +215,7 @@ TEST(Shell, aTranslationUnderWayEndsWithTheProgramAndGivesTheClipboardBack)
     EXPECT_LT(timeToEnd(session), 3000);
     EXPECT_EQ(session.process().exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(session.process().exitCode(), 0);
-    EXPECT_EQ(session.editorText(), "hello world");
+    EXPECT_EQ(session.unchangedEditorText(), "hello world");
 }
 
 TEST(Shell, anOpenWindowHoldsNothingUp)

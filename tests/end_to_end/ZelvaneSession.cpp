@@ -15,7 +15,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 15s;
+/// Less than a test may take, so that what is missing gets a name.
+constexpr auto patience = 8s;
 
 const char* const program = ZELVANE_PROGRAM;
 /// A part of the program's name on the accessibility bus.
@@ -62,29 +63,39 @@ DesktopSession::Options ZelvaneSession::wholeDesktop()
     return options;
 }
 
-ZelvaneSession::ZelvaneSession(const DesktopSession::Options& options)
+ZelvaneSession::ZelvaneSession(const DesktopSession::Options& options, Profile profile)
     : desktop(options)
 {
-    desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QStringLiteral("end-to-end-key"));
     if (options.accessibilityBus) {
         desktop.setVariable(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"),
                             QStringLiteral("1"));
     }
-    const QJsonArray pairs{pair(QStringLiteral("German"), 5),
-                           pair(QStringLiteral("English (US)"), 14)};
-    const QString json = QString::fromUtf8(QJsonDocument(pairs).toJson(QJsonDocument::Compact));
-    const auto write = [this](const QStringList& rest) {
-        zelvane(QStringList{QStringLiteral("defaults"), QStringLiteral("write")} + rest);
-    };
-    write({QStringLiteral("zv.provider"), QStringLiteral("Mistral")});
-    write({QStringLiteral("zv.endpoint.Mistral"), provider.url().toString()});
+    writeEndpoints();
+    if (profile == Profile::prepared) {
+        prepareProfile();
+    }
+    answerWith("Hallo Welt");
+}
+
+void ZelvaneSession::writeEndpoints()
+{
     m_hostedServer.setHandler(
         [this](const RecordedRequest& request) { return hosted.answerTo(request); });
-    write({QStringLiteral("zv.endpoint.Zelvane"), m_hostedServer.url().toString()});
-    write({QStringLiteral("zv.pairs"), QStringLiteral("--data"), json});
+    setDefault(QStringLiteral("zv.endpoint.Mistral"), provider.url().toString());
+    setDefault(QStringLiteral("zv.endpoint.Zelvane"), m_hostedServer.url().toString());
+}
+
+void ZelvaneSession::prepareProfile()
+{
+    desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QStringLiteral("end-to-end-key"));
+    setDefault(QStringLiteral("zv.provider"), QStringLiteral("Mistral"));
+    const QJsonArray pairs{pair(QStringLiteral("German"), 5),
+                           pair(QStringLiteral("English (US)"), 14)};
+    zelvane({QStringLiteral("defaults"), QStringLiteral("write"), QStringLiteral("zv.pairs"),
+             QStringLiteral("--data"),
+             QString::fromUtf8(QJsonDocument(pairs).toJson(QJsonDocument::Compact))});
     setDefault(QStringLiteral("zv.hasSeenOnboarding"), true);
     setDefault(QStringLiteral("zv.doubleHotKeyWindow"), false);
-    answerWith("Hallo Welt");
 }
 
 QStringList ZelvaneSession::withProfile(const QStringList& arguments) const
@@ -106,6 +117,11 @@ void ZelvaneSession::setDefault(const QString& key, bool value)
 {
     zelvane({QStringLiteral("defaults"), QStringLiteral("write"), key, QStringLiteral("--bool"),
              value ? QStringLiteral("true") : QStringLiteral("false")});
+}
+
+void ZelvaneSession::setDefault(const QString& key, const QString& value)
+{
+    zelvane({QStringLiteral("defaults"), QStringLiteral("write"), key, value});
 }
 
 void ZelvaneSession::start(const QStringList& options)
@@ -173,28 +189,47 @@ QStringList ZelvaneSession::askedTexts() const
 QString ZelvaneSession::openEditor(const QByteArray& text, bool selected)
 {
     m_document = desktop.writeFile(QStringLiteral("letter.txt"), text);
+    m_saved = text;
     desktop.start(QStringLiteral("mousepad"), {QStringLiteral("--disable-server"), m_document});
     const QString window = waitForWindow(QStringLiteral("letter.txt"));
     desktop.focusWindow(window);
-    // A window has the focus a moment before its text area takes keys.
-    waitUntil([] { return false; }, 400ms);
-    if (selected) {
-        selectAll();
+    selectAll();
+    if (!selected) {
+        key("ctrl+Home");
+        waitUntil([this] { return selectedText().isEmpty(); }, patience);
     }
     return window;
 }
 
 QByteArray ZelvaneSession::editorText()
 {
-    key("ctrl+s");
-    QByteArray content;
+    save(2s);
+    return m_saved.trimmed();
+}
+
+QByteArray ZelvaneSession::unchangedEditorText()
+{
+    save(600ms);
+    return m_saved.trimmed();
+}
+
+void ZelvaneSession::save(std::chrono::milliseconds limit)
+{
+    const auto hasChanged = [this] {
+        QFile file(m_document);
+        const QByteArray before = m_saved;
+        if (file.open(QIODevice::ReadOnly) && file.size() > 0) {
+            m_saved = file.readAll();
+        }
+        return m_saved != before;
+    };
+    // What was pasted may arrive in the editor after the first key.
     waitUntil(
         [&] {
-            QFile file(m_document);
-            return file.open(QIODevice::ReadOnly) && (content = file.readAll(), false);
+            key("ctrl+s");
+            return waitUntil(hasChanged, 200ms);
         },
-        600ms);
-    return content.trimmed();
+        limit);
 }
 
 QString ZelvaneSession::openReader(const QString& text)
@@ -203,15 +238,35 @@ QString ZelvaneSession::openReader(const QString& text)
     desktop.start(QStringLiteral("/usr/bin/python3"), {script, text});
     const QString window = waitForWindow(QStringLiteral("^Reader$"));
     desktop.focusWindow(window);
-    waitUntil([] { return false; }, 400ms);
     return window;
 }
 
 void ZelvaneSession::selectAll()
 {
-    key("ctrl+a");
-    // Nothing tells when the program has done it.
-    waitUntil([] { return false; }, 150ms);
+    // Takes the selection away from whoever had it.
+    static const QByteArray nobodys("nobody's");
+    QProcess& taker = desktop.start(
+        QStringLiteral("xclip"),
+        {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("primary")});
+    taker.write(nobodys);
+    taker.closeWriteChannel();
+    waitUntil([this] { return selectedText() == nobodys; }, patience);
+    // A window has the focus a moment before its text takes keys.
+    const auto selects = [this] {
+        key("ctrl+a");
+        return waitUntil([this] { return selectedText() != nobodys; }, 300ms);
+    };
+    if (!waitUntil(selects, patience)) {
+        giveUp(QStringLiteral("the window in front has no text to select"));
+    }
+}
+
+QByteArray ZelvaneSession::selectedText()
+{
+    return desktop
+        .run(QStringLiteral("xclip"),
+             {QStringLiteral("-selection"), QStringLiteral("primary"), QStringLiteral("-o")})
+        .output;
 }
 
 bool ZelvaneSession::windowIsVisible(const QString& title)
@@ -220,6 +275,19 @@ bool ZelvaneSession::windowIsVisible(const QString& title)
                                    {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                                     QStringLiteral("--name"), title});
     return !found.output.trimmed().isEmpty();
+}
+
+QString ZelvaneSession::waitForKeyboard(const QString& title)
+{
+    const QString window = waitForWindow(title);
+    const auto hasKeyboard = [&] {
+        return desktop.run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")})
+                   .output.trimmed() == window.toLatin1();
+    };
+    if (!waitUntil(hasKeyboard, patience)) {
+        giveUp(QStringLiteral("the window does not get the keyboard: ") + title);
+    }
+    return window;
 }
 
 QString ZelvaneSession::waitForWindow(const QString& title)

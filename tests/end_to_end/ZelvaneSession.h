@@ -24,7 +24,15 @@ public:
     /// A session bus and an accessibility bus besides the window manager.
     [[nodiscard]] static DesktopSession::Options wholeDesktop();
 
-    explicit ZelvaneSession(const DesktopSession::Options& options = wholeDesktop());
+    enum class Profile {
+        /// A provider, a key for it, two pairs with shortcuts, and the introduction behind.
+        prepared,
+        /// As after an installation.
+        fresh,
+    };
+
+    explicit ZelvaneSession(const DesktopSession::Options& options = wholeDesktop(),
+                            Profile profile = Profile::prepared);
 
     /// Control+Alt+G translates into German, Control+Alt+E into English.
     static constexpr const char* toGerman = "ctrl+alt+g";
@@ -37,6 +45,7 @@ public:
     /// Runs a command of the program in this session's profile; throws if it fails.
     QByteArray zelvane(const QStringList& arguments);
     void setDefault(const QString& key, bool value);
+    void setDefault(const QString& key, const QString& value);
 
     /// Starts the program, again if it has ended, and waits until its shortcuts work.
     void start(const QStringList& options = {});
@@ -56,11 +65,14 @@ public:
 
     /// Opens the text in an editor, and selects all of it or nothing. Yields the editor's window.
     QString openEditor(const QByteArray& text, bool selected = true);
-    /// What the editor holds: saved by its own shortcut and read from the file.
+    /// What the editor holds: saved by its own shortcut and read from the file. Waits a while for
+    /// something else than the last time.
     [[nodiscard]] QByteArray editorText();
+    /// The same where nothing is expected to change.
+    [[nodiscard]] QByteArray unchangedEditorText();
     /// Opens a window with a text that can be selected but not changed.
     QString openReader(const QString& text);
-    /// Selects all text of the window in front.
+    /// Selects all text of the window in front, and nothing in any other window.
     void selectAll();
 
     void key(const char* chord)
@@ -69,6 +81,8 @@ public:
     }
     /// Waits for a visible window with this title, while the provider goes on answering.
     QString waitForWindow(const QString& title);
+    /// The same, until it has the keyboard too.
+    QString waitForKeyboard(const QString& title);
     [[nodiscard]] bool windowIsVisible(const QString& title);
     void waitUntilGone(const QString& title);
 
@@ -90,12 +104,19 @@ public:
     [[nodiscard]] bool clipboardBecomes(const QByteArray& text);
 
 private:
+    void writeEndpoints();
+    void prepareProfile();
+    /// Saves the editor's text until the file changes.
+    void save(std::chrono::milliseconds limit);
+    /// What the program in front has selected.
+    [[nodiscard]] QByteArray selectedText();
     [[nodiscard]] QStringList withProfile(const QStringList& arguments) const;
 
     LoopbackHttpServer m_hostedServer;
     QProcess* m_process = nullptr;
     QByteArray m_printed;
     QString m_document;
+    QByteArray m_saved;
 };
 
 } // namespace zelvane::test

@@ -11,7 +11,7 @@ ROOT = "/org/a11y/atspi/accessible/root"
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 COMPONENT = "org.a11y.atspi.Component"
 ENABLED, FOCUSED, SHOWING = 8, 12, 25
-LIMIT = 1
+LIMIT = 4
 
 
 class Element:
@@ -78,7 +78,7 @@ def showing(element):
 
 
 def within_limit(look):
-    """The first result of `look` that holds something; none after a second."""
+    """The first result of `look` that holds something; none after four seconds."""
     deadline = time.monotonic() + LIMIT
     while time.monotonic() < deadline:
         try:

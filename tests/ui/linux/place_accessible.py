@@ -7,7 +7,7 @@ NAME is a part of the program's name on the accessibility bus, CONTROL the whole
 that shows and can be used, NUMBER which of them if there are several, counted from 1. Prints the
 middle of the control: "X Y". One that is scrolled out of sight is given the focus, as a screen reader
 does, which must bring it into view. Exit status 1 if there is no such control that stands still within
-a second.
+four seconds.
 """
 
 import sys

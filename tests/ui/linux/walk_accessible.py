@@ -5,8 +5,8 @@ Usage: walk_accessible.py NAME
 
 NAME is a part of the program's name on the accessibility bus. Prints one line for each element of
 its windows that shows: the role and the name, joined by a tab, and "*" at the end of a line whose
-element has the focus. Exit status 1 if there is no such program, or it shows nothing, within a
-second.
+element has the focus. Exit status 1 if there is no such program, or it shows nothing, within four
+seconds.
 """
 
 import sys
