@@ -1,8 +1,10 @@
-#include "end_to_end/ZelvaneSession.h"
+// What a user does first with the program, from its first start to the first translation.
+
+#include "end_to_end/Tray.h"
 #include "support/Await.h"
 #include "support/PrivateKeyring.h"
+#include "support/TestRunner.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace zelvane::test {
@@ -10,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const QString title = QStringLiteral("^Settings$");
+const QString settingsTitle = QStringLiteral("^Settings$");
 
 /// The listing of models for whoever asks for it, and a translation for everybody else.
 Answer answerTo(const RecordedRequest& request)
@@ -22,74 +24,101 @@ Answer answerTo(const RecordedRequest& request)
                                          R"("content":"Hallo Welt"}}]})"));
 }
 
-/// Opens the settings and clicks where their controls are at the smallest size.
-class OpenSettings
+class Journey : public ::testing::Test
 {
-public:
-    explicit OpenSettings(ZelvaneSession& session)
-        : m_session(session)
+protected:
+    Journey()
     {
-        session.zelvane({QStringLiteral("show"), QStringLiteral("settings")});
-        m_window = session.waitForWindow(title);
-        waitUntil([] { return false; }, 300ms);
+        session.provider.setHandler(answerTo);
+        EXPECT_TRUE(keyring.start(PrivateKeyring::State::unlocked));
     }
 
-    void click(const char* x, const char* y)
+    void readTheIntroduction()
     {
-        m_session.desktop.xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"),
-                                   m_window, QString::fromLatin1(x), QString::fromLatin1(y),
-                                   QStringLiteral("click"), QStringLiteral("1")});
-        waitUntil([] { return false; }, 200ms);
+        session.waitForKeyboard(QStringLiteral("^AI translation without limits$"));
+        for (int slide = 1; slide < 7; ++slide) {
+            session.key("Right");
+        }
+        const QString last = QStringLiteral("^Unlock the full power$");
+        session.waitForWindow(last);
+        session.press(QStringLiteral("Got It"));
+        session.waitUntilGone(last);
     }
 
-private:
-    ZelvaneSession& m_session;
-    QString m_window;
+    void openTheSettingsFromTheTray()
+    {
+        tray.openPanel();
+        session.press(QStringLiteral("Settings"));
+        session.waitForKeyboard(settingsTitle);
+    }
+
+    void chooseTheProvider()
+    {
+        EXPECT_FALSE(session.shows(QStringLiteral("Edit Key"), 0ms));
+        session.press(QStringLiteral("I want to use my own AI models"));
+        session.press(QStringLiteral("Platform"));
+        session.press(QStringLiteral("Mistral"));
+    }
+
+    void typeTheKeyIn()
+    {
+        EXPECT_TRUE(session.shows(QStringLiteral("No API key set")));
+        session.press(QStringLiteral("Edit Key"));
+        EXPECT_TRUE(session.shows(QStringLiteral("API Key")));
+        session.desktop.xdotool({QStringLiteral("type"), QStringLiteral("sk-typed-in")});
+        session.press(QStringLiteral("Save"));
+    }
+
+    void bindTheFirstPairTo(const char* chord, const QString& captured)
+    {
+        session.press(QStringLiteral("Languages"));
+        session.press(QStringLiteral("Bind Keys"));
+        EXPECT_TRUE(session.shows(QStringLiteral("Listening…")));
+        session.key(chord);
+        EXPECT_TRUE(
+            session.shows(QStringLiteral("Captured %1. Press Save to keep it.").arg(captured)));
+        session.press(QStringLiteral("Save"));
+        EXPECT_TRUE(session.shows(captured));
+    }
+
+    ZelvaneSession session{ZelvaneSession::wholeDesktop(), ZelvaneSession::Profile::fresh};
+    PrivateKeyring keyring{session.desktop.sessionBusAddress()};
+    Tray tray{session};
 };
 
-TEST(Journey, aKeyThatIsTypedInIsTriedAndTranslates)
+TEST_F(Journey, fromTheFirstStartToTheFirstTranslation)
 {
-    PrivateKeyring keyring;
-    ASSERT_TRUE(keyring.start(PrivateKeyring::State::unlocked));
-    ZelvaneSession session(DesktopSession::Options{});
-    session.desktop.setVariable(
-        QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-        keyring.environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")));
-    session.desktop.setVariable(QStringLiteral("ZELVANE_API_KEY"), QString());
-    session.setDefault(QStringLiteral("zv.useOwnAI"), true);
-    session.provider.setHandler(answerTo);
+    allowThisTest(40s);
     session.start();
-    OpenSettings settings(session);
-    settings.click("744", "203"); // "Edit Key"
-    session.desktop.xdotool({QStringLiteral("type"), QStringLiteral("sk-typed-in")});
-    session.key("Return");
-    ASSERT_TRUE(waitUntil([&] { return session.provider.requests().size() == 1; }, 3s));
-    EXPECT_TRUE(session.provider.requests().front().target().endsWith("/models"));
+    readTheIntroduction();
+    openTheSettingsFromTheTray();
 
-    session.openEditor("hello world");
-    session.key(ZelvaneSession::toGerman);
-    session.waitForReport();
-    EXPECT_EQ(session.provider.requests().back().header("Authorization"), "Bearer sk-typed-in");
-    EXPECT_EQ(session.editorText(), "Hallo Welt");
-}
+    chooseTheProvider();
+    typeTheKeyIn();
+    ASSERT_TRUE(waitUntil([this] { return session.provider.requests().size() == 1; }));
+    const RecordedRequest listing = session.provider.requests().front();
+    EXPECT_TRUE(listing.target().endsWith("/models"));
+    EXPECT_EQ(listing.header("Authorization"), "Bearer sk-typed-in");
+    EXPECT_TRUE(session.shows(QStringLiteral("••••••••d-in")));
 
-TEST(Journey, aChordThatIsBoundInTheSettingsTranslates)
-{
-    ZelvaneSession session;
-    session.provider.setHandler(answerTo);
-    session.start();
-    OpenSettings settings(session);
-    settings.click("76", "63");   // "Languages"
-    settings.click("641", "179"); // "Bind Keys" of the first pair
-    session.key("ctrl+alt+k");
-    session.key("Return");
+    bindTheFirstPairTo("ctrl+alt+k", QStringLiteral("⌃⌥K"));
     session.key("Escape");
-    session.waitUntilGone(title);
+    session.waitUntilGone(settingsTitle);
 
     session.openEditor("hello world");
     session.key("ctrl+alt+k");
     session.waitForReport();
     EXPECT_EQ(session.editorText(), "Hallo Welt");
+    EXPECT_EQ(session.provider.requests().back().header("Authorization"), "Bearer sk-typed-in");
+
+    // All of it is still so the next time, and there is no introduction.
+    session.quit();
+    session.start();
+    session.selectAll();
+    session.key("ctrl+alt+k");
+    session.waitForReport();
+    EXPECT_EQ(session.provider.requests().size(), 3);
+    EXPECT_EQ(session.provider.requests().back().header("Authorization"), "Bearer sk-typed-in");
 }
 
 } // namespace

@@ -56,27 +56,38 @@ void end(QProcess& process)
 PrivateKeyring::PrivateKeyring()
     : m_environment(QProcessEnvironment::systemEnvironment())
 {
-    const QString home = m_home.path();
-    const QString socket = home + QStringLiteral("/bus");
-    QDir().mkpath(home + QStringLiteral("/run"));
-    QFile::setPermissions(home + QStringLiteral("/run"),
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    m_environment.remove(QStringLiteral("DISPLAY"));
-    m_environment.remove(QStringLiteral("GNOME_KEYRING_CONTROL"));
-    m_environment.insert(QStringLiteral("HOME"), home);
-    m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home + QStringLiteral("/run"));
-    m_environment.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/share"));
+    prepareHome();
+    const QString socket = m_home.filePath(QStringLiteral("bus"));
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
                          QStringLiteral("unix:path=") + socket);
-    const QString configuration = home + QStringLiteral("/bus.conf");
+    const QString configuration = m_home.filePath(QStringLiteral("bus.conf"));
     write(configuration, QString::fromUtf8(busConfiguration).arg(socket).toUtf8());
-    bindToThisProcess(m_bus);
-    bindToThisProcess(m_daemon);
     m_bus.setProcessEnvironment(m_environment);
     m_bus.start(QStringLiteral("dbus-daemon"),
                 {QStringLiteral("--nofork"), QStringLiteral("--print-address"),
                  QStringLiteral("--config-file=") + configuration});
     m_bus.waitForReadyRead(5000); // prints its address once it listens
+}
+
+PrivateKeyring::PrivateKeyring(const QString& busAddress)
+    : m_environment(QProcessEnvironment::systemEnvironment())
+{
+    prepareHome();
+    m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+}
+
+void PrivateKeyring::prepareHome()
+{
+    const QString run = m_home.filePath(QStringLiteral("run"));
+    QDir().mkpath(run);
+    QFile::setPermissions(run, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_environment.remove(QStringLiteral("DISPLAY"));
+    m_environment.remove(QStringLiteral("GNOME_KEYRING_CONTROL"));
+    m_environment.insert(QStringLiteral("HOME"), m_home.path());
+    m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), run);
+    m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("share")));
+    bindToThisProcess(m_bus);
+    bindToThisProcess(m_daemon);
 }
 
 PrivateKeyring::~PrivateKeyring()

@@ -9,7 +9,7 @@ namespace zelvane::test {
 
 /// A session bus with a home folder of its own, and a real keyring daemon on it.
 ///
-/// Nothing on the bus is started by being asked for: without `start` there is no secret service.
+/// Nothing on such a bus is started by being asked for: without `start` there is no secret service.
 /// Everything ends with the object.
 class PrivateKeyring
 {
@@ -18,6 +18,8 @@ public:
 
     /// Starts the bus.
     PrivateKeyring();
+    /// Joins a bus that is there, whose owner outlives this object.
+    explicit PrivateKeyring(const QString& busAddress);
     ~PrivateKeyring();
     Q_DISABLE_COPY_MOVE(PrivateKeyring)
 
@@ -34,6 +36,7 @@ public:
     [[nodiscard]] const QProcessEnvironment& environment() const { return m_environment; }
 
 private:
+    void prepareHome();
     [[nodiscard]] bool hasService() const;
 
     QTemporaryDir m_home;
