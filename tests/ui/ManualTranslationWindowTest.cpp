@@ -3,6 +3,7 @@
 #include "foundation/Completion.h"
 #include "foundation/DescribedError.h"
 #include "pipeline/TranslationError.h"
+#include "settings/Localization.h"
 #include "support/Await.h"
 #include "ui/AccessibleWalk.h"
 #include "ui/UiFixture.h"
@@ -285,6 +286,75 @@ TEST_F(ManualTranslationWindowTest, theTargetCannotBeFoundOutAutomatically)
     view().targetPicker().togglePopup();
     view().sourcePicker().click();
     EXPECT_EQ(view().sourcePicker().list()->count(), 55);
+}
+
+TEST_F(ManualTranslationWindowTest, keysBesideTheButtonsGiveWayWhereTheyWouldCutTheStatus)
+{
+    installLocalization(&defaults);
+    settings.setAppLanguage(AppLanguage::german);
+    settings.setManualWindowSize(TranslationWindowSize::extraSmall);
+    open();
+    EXPECT_EQ(view().copyButton().keyHint(), QString());
+    EXPECT_EQ(view().copyButton().toolTip(), QStringLiteral("Ctrl+C"));
+    EXPECT_EQ(view().translateButton().toolTip(), QStringLiteral("Ctrl+Return"));
+
+    settings.setManualWindowSize(TranslationWindowSize::medium);
+    ASSERT_TRUE(waitUntil([this] { return panel()->panelFrame().width() == 640; }));
+    EXPECT_TRUE(
+        waitUntil([this] { return view().copyButton().keyHint() == QStringLiteral("Ctrl+C"); }));
+    EXPECT_EQ(view().translateButton().keyHint(), QStringLiteral("Ctrl+Return"));
+    EXPECT_EQ(view().copyButton().toolTip(), QString());
+    installLocalization(nullptr);
+}
+
+TEST_F(ManualTranslationWindowTest, allThatStandsAtTheLeftEdgeIsInOneLine)
+{
+    open();
+    type(QStringLiteral("one"));
+    view().translateButton().click();
+    answer.fail(TranslationError(TranslationError::Code::missingAPIKey));
+    QApplication::processEvents();
+    const auto left = [this](const QWidget* widget) {
+        return widget->mapTo(&view(), widget->contentsRect().topLeft()).x();
+    };
+    int inLine = 0;
+    for (const QLabel* label : view().findChildren<QLabel*>()) {
+        if (label->isVisible() && left(label) < 40) {
+            EXPECT_EQ(left(label), 20) << label->text().toStdString();
+            ++inLine;
+        }
+    }
+    for (const TextWell* well : view().findChildren<TextWell*>()) {
+        EXPECT_EQ(left(well), 20);
+    }
+    // The title, the source, both sections, the symbol of the failure, the status.
+    EXPECT_EQ(inLine, 6);
+}
+
+TEST_F(ManualTranslationWindowTest, keepsItsStateWhenTheLanguageChanges)
+{
+    installLocalization(&defaults);
+    open();
+    type(QStringLiteral("one"));
+    view().pinButton().click();
+    settings.setAppLanguage(AppLanguage::french);
+    QEvent change(QEvent::LanguageChange);
+    QApplication::sendEvent(&view(), &change);
+    EXPECT_EQ(panel()->windowTitle(), QStringLiteral("Fenêtre de traduction"));
+    EXPECT_EQ(view().sourceEditor().toPlainText(), QStringLiteral("one"));
+    EXPECT_TRUE(panel()->isFloating());
+    installLocalization(nullptr);
+}
+
+TEST_F(ManualTranslationWindowTest, savesItsPlaceWhenItMovesAndAgainWhenItCloses)
+{
+    open();
+    panel()->setPanelOrigin({100, 120});
+    ASSERT_TRUE(waitUntil([this] { return saved("zv.manualWindow.originX") == 100; }));
+    origins.resetWindowOrigins();
+    window.closeManualTranslationWindow();
+    EXPECT_EQ(saved("zv.manualWindow.originX"), 100);
+    EXPECT_EQ(saved("zv.manualWindow.originY"), 120);
 }
 
 TEST_F(ManualTranslationWindowTest, everyControlHasAName)

@@ -148,8 +148,6 @@ QWidget* ManualTranslationView::makeFooter()
     row->addWidget(m_translate);
     m_status->setElides(true);
     m_copy->setSymbol(QStringLiteral("doc.on.doc"));
-    m_copy->setKeyHint(QKeySequence(QKeySequence::Copy).toString(QKeySequence::NativeText));
-    m_translate->setKeyHint(translateKey().toString(QKeySequence::NativeText));
     return footer;
 }
 
@@ -231,11 +229,17 @@ void ManualTranslationView::keyPressEvent(QKeyEvent* event)
     }
 }
 
+void ManualTranslationView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    fitKeyHints();
+}
+
 void ManualTranslationView::restyle()
 {
     const SpacingTokens spacing = m_theme.tokens().spacing();
     const int padding = qRound(spacing.xl);
-    m_layout->setContentsMargins(padding, padding - 4, padding, padding - 2);
+    m_layout->setContentsMargins(padding, padding, padding, padding);
     m_layout->setSpacing(0);
     for (QWidget* line : {m_close->parentWidget(), m_sourcePicker->parentWidget(),
                           m_error->parentWidget(), m_copy->parentWidget()}) {
@@ -244,9 +248,9 @@ void ManualTranslationView::restyle()
     m_sourcePicker->parentWidget()->setContentsMargins(0, qRound(spacing.md), 0, 0);
     // A label belongs to the text below it, so it stands nearer to that than to the one above.
     for (ThemedLabel* label : {m_sourceLabel, m_translationLabel}) {
-        label->setContentsMargins(2, qRound(spacing.md), 2, qRound(spacing.sm) - 2);
+        label->setContentsMargins(0, qRound(spacing.md), 0, qRound(spacing.xs));
     }
-    m_error->parentWidget()->setContentsMargins(2, qRound(spacing.sm), 2, 0);
+    m_error->parentWidget()->setContentsMargins(0, qRound(spacing.sm), 0, 0);
     m_copy->parentWidget()->setContentsMargins(0, qRound(spacing.md), 0, 0);
     const ThemeColors& colors = m_theme.colors();
     const double ratio = devicePixelRatioF();
@@ -254,6 +258,7 @@ void ManualTranslationView::restyle()
         symbolPixmap(QStringLiteral("arrow.right"), colors.secondaryText, symbolSide, ratio));
     m_errorSymbol->setPixmap(symbolPixmap(QStringLiteral("exclamationmark.triangle.fill"),
                                           toneColor(colors, TextTone::danger), symbolSide, ratio));
+    fitKeyHints();
 }
 
 void ManualTranslationView::retranslate()
@@ -286,6 +291,37 @@ void ManualTranslationView::retranslate()
     m_translate->setAccessibleName(translate);
     showPin();
     showProgress();
+    fitKeyHints();
+}
+
+void ManualTranslationView::showKeyHints(bool shown)
+{
+    const auto show = [shown](TextButton* button, const QKeySequence& key) {
+        const QString name = key.toString(QKeySequence::NativeText);
+        button->setKeyHint(shown ? name : QString());
+        button->setToolTip(shown ? QString() : name);
+    };
+    show(m_copy, QKeySequence::Copy);
+    show(m_translate, translateKey());
+}
+
+void ManualTranslationView::fitKeyHints()
+{
+    showKeyHints(true);
+    const QMargins margins = m_layout->contentsMargins();
+    const int room = width() - margins.left() - margins.right();
+    showKeyHints(footerWidth() <= room);
+}
+
+int ManualTranslationView::footerWidth() const
+{
+    const QFontMetrics metrics(m_status->font());
+    const int gap = m_copy->parentWidget()->layout()->spacing();
+    const int busy = m_spinner->sizeHint().width() + gap +
+                     metrics.horizontalAdvance(localizedText(QStringLiteral("Translating…")));
+    const int idle = metrics.horizontalAdvance(localizedText(QStringLiteral("Esc to close")));
+    return std::max(busy, idle) + gap + m_copy->sizeHint().width() + gap +
+           m_translate->sizeHint().width();
 }
 
 void ManualTranslationView::showPin()

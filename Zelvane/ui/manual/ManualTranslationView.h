@@ -42,6 +42,7 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     [[nodiscard]] QWidget* makeHeader();
@@ -55,6 +56,11 @@ private:
     void showPin();
     void showError();
     void showProgress();
+    /// The keys behind the buttons' texts give way where they would cut the status.
+    void fitKeyHints();
+    void showKeyHints(bool shown);
+    /// What the footer needs for its widest status.
+    [[nodiscard]] int footerWidth() const;
     void translate();
     [[nodiscard]] bool handleKey(const QKeyEvent& event);
 

@@ -60,7 +60,6 @@ QWidget* TranslationResultView::makeHeader()
     auto* handle = new WindowDragHandle;
     auto* words = new QHBoxLayout(handle);
     words->setContentsMargins(0, 0, 0, 0);
-    words->setSpacing(10);
     words->addWidget(m_title, 0, Qt::AlignVCenter);
     words->addWidget(m_hint, 1, Qt::AlignVCenter);
     m_hint->setElides(true);
@@ -68,7 +67,6 @@ QWidget* TranslationResultView::makeHeader()
     auto* header = new QWidget;
     auto* row = new QHBoxLayout(header);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(10);
     row->addWidget(handle, 1);
     row->addWidget(m_close);
     return header;
@@ -79,7 +77,6 @@ QWidget* TranslationResultView::makeFooter()
     auto* footer = new QWidget;
     auto* row = new QHBoxLayout(footer);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(6);
     row->addWidget(m_statusSymbol);
     row->addWidget(m_status, 1);
     row->addWidget(m_copy);
@@ -149,10 +146,13 @@ void TranslationResultView::restyle()
     m_layout->setSpacing(0);
     // A label belongs to the text below it, so it stands nearer to that than to the one above.
     for (ThemedLabel* label : {m_originalLabel, m_translatedLabel}) {
-        label->setContentsMargins(2, qRound(spacing.md), 2, qRound(spacing.sm) - 2);
+        label->setContentsMargins(0, qRound(spacing.md), 0, qRound(spacing.xs));
+    }
+    for (QWidget* line : {m_title->parentWidget(), m_close->parentWidget()}) {
+        line->layout()->setSpacing(qRound(spacing.sm));
     }
     m_copy->parentWidget()->setContentsMargins(0, qRound(spacing.lg), 0, 0);
-    m_copy->parentWidget()->layout()->setSpacing(qRound(spacing.footerSpacing) - 2);
+    m_copy->parentWidget()->layout()->setSpacing(qRound(spacing.footerSpacing));
     showCopied();
 }
 
