@@ -323,6 +323,10 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
                 continue;
             }
             const auto exhibit = scene.show({theme, *setting.windows});
+            if (!QTest::qWaitForWindowExposed(exhibit->window())) {
+                std::fprintf(stderr, "%s did not appear\n", qPrintable(scene.name));
+                return 1;
+            }
             centre(*exhibit->window());
             QTest::qWait(settlingTime);
             const QString file = QStringLiteral("%1/%2-%3.png")
