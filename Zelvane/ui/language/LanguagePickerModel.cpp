@@ -41,13 +41,20 @@ bool matches(const QString& option, const QString& query)
 
 QString LanguagePickerChoice::displayText(const QString& language) const
 {
-    return localizesLanguageNames ? localizedLanguageName(language) : language;
+    if (!localizesLanguageNames) {
+        return language;
+    }
+    // Two kinds of English shall not read the same in a list.
+    const QString name = localizedLanguageName(language);
+    const bool losesItsKind = language.startsWith(name + QStringLiteral(" ("));
+    return losesItsKind ? language : name;
 }
 
 QString LanguagePickerChoice::optionNamed(const QString& name) const
 {
     const auto option = std::ranges::find_if(options, [&](const QString& text) {
-        return folded(text) == folded(name) || folded(displayText(text)) == folded(name);
+        return folded(text) == folded(name) || folded(displayText(text)) == folded(name) ||
+               (localizesLanguageNames && folded(localizedLanguageName(text)) == folded(name));
     });
     return option == options.end() ? QString() : *option;
 }

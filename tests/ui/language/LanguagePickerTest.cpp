@@ -37,6 +37,19 @@ protected:
                                 .allowsCustom = true};
 };
 
+TEST_F(LanguagePickerChoiceTest, twoKindsOfALanguageReadDifferently)
+{
+    choice.options = {QStringLiteral("English (US)"), QStringLiteral("English (UK)"),
+                      QStringLiteral("French")};
+    QStringList texts;
+    for (const LanguagePickerRow& row : choice.rows(QString())) {
+        texts += row.text;
+    }
+    EXPECT_THAT(texts, ElementsAre(QStringLiteral("English (US)"), QStringLiteral("English (UK)"),
+                                   QStringLiteral("French")));
+    EXPECT_EQ(choice.optionNamed(QStringLiteral("english")), QStringLiteral("English (US)"));
+}
+
 TEST_F(LanguagePickerChoiceTest, anEmptyQueryListsAllOptions)
 {
     EXPECT_EQ(values(choice, {}), choice.options);
