@@ -107,7 +107,8 @@ void FocusRing::place()
         return;
     }
     const QRect rect(m_target->mapTo(parentWidget(), QPoint(0, 0)), m_target->size());
-    setGeometry(rect.adjusted(-ringReach, -ringReach, ringReach, ringReach));
+    const int reach = ringReach + m_target->property(focusOutsetProperty).toInt();
+    setGeometry(rect.adjusted(-reach, -reach, reach, reach));
     raise();
     show();
     update();

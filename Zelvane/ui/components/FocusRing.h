@@ -8,6 +8,10 @@
 
 namespace zelvane {
 
+/// The property of a widget that tells how far the ring stays away from it, in pixels: for those
+/// whose text begins at their very edge.
+inline constexpr const char* focusOutsetProperty = "zelvaneFocusOutset";
+
 /// How round the ring around `widget` is inside.
 [[nodiscard]] double focusRadius(const QWidget& widget, const Theme& theme);
 

@@ -1,5 +1,6 @@
 #include "ui/components/LinkLabel.h"
 
+#include "ui/components/FocusRing.h"
 #include "ui/components/Styling.h"
 #include "ui/components/ThemedLabel.h"
 
@@ -15,8 +16,9 @@ namespace zelvane {
 
 namespace {
 
-/// The focus ring stands apart from the letters.
-constexpr int inset = 4;
+constexpr int padding = 2;
+/// The letters line up with other texts, and the focus ring stands apart from them.
+constexpr int ringOutset = 3;
 
 QAccessibleInterface* makeAccessible(const QString&, QObject* object)
 {
@@ -33,6 +35,7 @@ LinkLabel::LinkLabel(const Theme& theme, QWidget* parent)
     [[maybe_unused]] static const bool installed =
         (QAccessible::installFactory(makeAccessible), true);
     prepareControl(*this, theme);
+    setProperty(focusOutsetProperty, ringOutset);
     setCursor(Qt::PointingHandCursor);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     keepStyled(*this, theme, [this] {
@@ -55,8 +58,8 @@ void LinkLabel::setLink(const QString& text, const QUrl& address)
 QSize LinkLabel::sizeHint() const
 {
     const QFontMetricsF metrics(font());
-    return {int(std::ceil(metrics.horizontalAdvance(text()))) + 2 * inset,
-            int(std::ceil(metrics.height())) + 2 * inset};
+    return {int(std::ceil(metrics.horizontalAdvance(text()))),
+            int(std::ceil(metrics.height())) + 2 * padding};
 }
 
 void LinkLabel::paintEvent(QPaintEvent*)
@@ -66,7 +69,7 @@ void LinkLabel::paintEvent(QPaintEvent*)
     shown.setUnderline(underMouse());
     painter.setFont(shown);
     painter.setPen(toneColor(m_theme.colors(), TextTone::link));
-    painter.drawText(rect().adjusted(inset, 0, -inset, 0),
+    painter.drawText(rect(),
                      int(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft)) |
                          Qt::AlignVCenter | Qt::TextSingleLine,
                      text());

@@ -36,8 +36,8 @@ QWidget* blockOf(const Theme& theme, const ModelLicenseCatalog::Entry& entry)
     column->addWidget(name);
     column->addWidget(holder);
     auto* links = new QHBoxLayout;
-    // The links' own inset lines them up with the texts above.
-    links->setContentsMargins(-4, 0, 0, 0);
+    links->setContentsMargins(0, 0, 0, 0);
+    links->setSpacing(qRound(theme.tokens().spacing().lg));
     links->addWidget(license);
     links->addWidget(source);
     links->addStretch(1);
