@@ -32,6 +32,7 @@ struct End
 void nameApplication()
 {
     QApplication::setApplicationName(QStringLiteral("Zelvane Desk"));
+    QApplication::setApplicationVersion(QStringLiteral(ZELVANE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.zelvane.desk"));
     QApplication::setQuitOnLastWindowClosed(false);
 }
