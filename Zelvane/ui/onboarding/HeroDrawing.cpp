@@ -79,15 +79,12 @@ public:
     /// A sheet of white paper that lies a little above the ground.
     void paper(const QRectF& rect, double radius = cardRadius) const
     {
-        constexpr int depth = 12;
+        QPainterPath shape;
+        shape.addRoundedRect(rect, radius, radius);
+        shadow(shape);
         m_painter.setPen(Qt::NoPen);
-        m_painter.setBrush(QColor::fromRgbF(0, 0, 0, 0.022F));
-        for (int i = depth; i > 0; --i) {
-            const QRectF layer = rect.adjusted(-i, -i, i, i).translated(0, 5);
-            m_painter.drawRoundedRect(layer, radius + i, radius + i);
-        }
         m_painter.setBrush(white(0.96));
-        m_painter.drawRoundedRect(rect, radius, radius);
+        m_painter.drawPath(shape);
     }
 
     void bubble(QPointF centre, const QString& words, Tail tail) const
@@ -99,11 +96,15 @@ public:
         QPainterPath point(QPointF(foot - 9, body.bottom() - 2));
         point.lineTo(foot + (side * 9), body.bottom() + 11);
         point.lineTo(foot + 9, body.bottom() - 2);
-        QPainterPath shape;
-        shape.addRoundedRect(body, 20, 20);
-        m_painter.setPen(Qt::NoPen);
+        QPainterPath outline;
+        outline.addRoundedRect(body, 20, 20);
+        const QPainterPath shape = outline.united(point);
+        if (tail == Tail::right) {
+            shadow(shape);
+        }
+        m_painter.setPen(tail == Tail::left ? QPen(white(0.24), 1) : QPen(Qt::NoPen));
         m_painter.setBrush(tail == Tail::left ? white(0.2) : white(0.96));
-        m_painter.drawPath(shape.united(point));
+        m_painter.drawPath(shape);
         text(body, words, face, tail == Tail::left ? white(1) : ink);
     }
 
@@ -143,6 +144,21 @@ public:
         m_painter.drawRoundedRect(rect, rect.height() / 2, rect.height() / 2);
     }
 
+    /// A circle on which satellites go.
+    void orbit(QPointF centre, double radius, double opacity) const
+    {
+        m_painter.setPen(QPen(white(opacity), 1.2));
+        m_painter.setBrush(Qt::NoBrush);
+        m_painter.drawEllipse(centre, radius, radius);
+    }
+
+    /// A small disc of paper with a symbol on it.
+    void satellite(QPointF centre, const QString& name) const
+    {
+        paper(around(centre, {42, 42}), 21);
+        darkSymbol(centre, 24, name);
+    }
+
     void disc(QPointF centre, double radius, double opacity) const
     {
         m_painter.setPen(QPen(white(opacity * 1.6), 1));
@@ -151,6 +167,19 @@ public:
     }
 
 private:
+    /// What lies a little above the ground darkens it.
+    void shadow(const QPainterPath& shape) const
+    {
+        constexpr int depth = 12;
+        const QPainterPath below = shape.translated(0, 5);
+        m_painter.setBrush(Qt::NoBrush);
+        for (int i = depth; i > 0; --i) {
+            m_painter.setPen(QPen(QColor::fromRgbF(0, 0, 0, 0.022F), 2 * i, Qt::SolidLine,
+                                  Qt::RoundCap, Qt::RoundJoin));
+            m_painter.drawPath(below);
+        }
+    }
+
     /// On whole pixels of the device, so that thin lines stay sharp.
     void picture(QPointF centre, int size, const QPixmap& pixmap) const
     {
@@ -169,12 +198,15 @@ private:
 
 void drawAiOnline(const Brush& brush)
 {
-    brush.glow({0, 0}, 130);
-    brush.symbol({0, 6}, 92, QStringLiteral("brain.head.profile"));
-    brush.symbol({-92, 56}, 36, QStringLiteral("globe"), 0.85);
-    brush.symbol({88, -62}, 34, QStringLiteral("sparkles"), 0.9);
-    brush.bubble({-138, -38}, QStringLiteral("Hello"), Tail::left);
-    brush.bubble({142, 34}, QStringLiteral("Bonjour"), Tail::right);
+    brush.glow({0, 0}, 150);
+    brush.orbit({0, 0}, 126, 0.1);
+    brush.orbit({0, 0}, 94, 0.2);
+    brush.disc({0, 0}, 62, 0.14);
+    brush.symbol({2, 3}, 76, QStringLiteral("brain.head.profile"));
+    brush.satellite({-70, 63}, QStringLiteral("globe"));
+    brush.satellite({70, -63}, QStringLiteral("sparkles"));
+    brush.bubble({-128, -54}, QStringLiteral("Hello"), Tail::left);
+    brush.bubble({126, 52}, QStringLiteral("Bonjour"), Tail::right);
 }
 
 void drawOffline(const Brush& brush)
