@@ -254,6 +254,25 @@ TEST_F(SettingsTest, aShortcutIsCapturedWithTheProgramsOwnSuspended)
     installKeyTranslation({});
 }
 
+TEST_F(SettingsTest, theButtonsStayUnderThePointerWhateverIsSaidAboutAShortcut)
+{
+    installKeyTranslation([](const QKeyEvent&) { return std::optional<quint32>(17); });
+    services.isHeldElsewhere = [](const KeyChord&) { return true; };
+    open(SettingsCategory::languages);
+    auto& page = static_cast<LanguagesPage&>(*view->pageOf(SettingsCategory::languages));
+    page.rows()[0]->bindButton().click();
+    const auto* sheet = view->findChild<HotKeyBindSheet*>();
+    ASSERT_NE(sheet, nullptr);
+    QCoreApplication::processEvents();
+    const QRect before = sheet->panelRect();
+    QTest::keyClick(view.get(), Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
+    ASSERT_TRUE(shows(QStringLiteral(
+        "Captured ⌃⌥T, which another program seems to use. Press Save to keep it.")));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(sheet->panelRect(), before);
+    installKeyTranslation({});
+}
+
 TEST_F(SettingsTest, aShortcutOfAnotherPairCannotBeSaved)
 {
     installKeyTranslation([](const QKeyEvent&) -> std::optional<quint32> { return quint32(17); });

@@ -69,7 +69,7 @@ HotKeyBindSheet::HotKeyBindSheet(const Theme& theme, QWidget& over,
 {
     m_chord->setAlignment(Qt::AlignCenter);
     m_hint->setWordWrap(true);
-    m_hint->setAlignment(Qt::AlignHCenter);
+    m_hint->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     auto* boxLayout = new QVBoxLayout(m_box);
     boxLayout->addWidget(m_chord);
     auto* content = new QWidget;
@@ -88,6 +88,10 @@ HotKeyBindSheet::HotKeyBindSheet(const Theme& theme, QWidget& over,
     connect(m_save, &QAbstractButton::clicked, this, [this] {
         Q_EMIT saved(m_model->draft());
         dismiss();
+    });
+    keepStyled(*m_hint, theme, [this] {
+        // The buttons stay where they are when a hint takes two lines.
+        m_hint->setMinimumHeight(2 * m_hint->fontMetrics().lineSpacing());
     });
     keepTranslated(*this, [this] { retranslate(); });
     observe(this, m_model->bindableRevision(), [this](int) { showState(); });
@@ -144,6 +148,7 @@ void HotKeyBindSheet::showState()
     m_chord->setText(m_model->chordText());
     m_chord->setTone(m_model->draft() ? TextTone::primary : TextTone::tertiary);
     m_hint->setText(m_model->hint());
+    m_hint->setTone(m_model->canSave() ? TextTone::secondary : TextTone::danger);
     m_save->setEnabled(m_model->canSave());
 }
 
