@@ -83,8 +83,11 @@ TEST_F(SettingsTest, aSecondResetKeepsItsWordForTwoSecondsAfterIt)
     open(SettingsCategory::behavior);
     auto* reset = named<TextButton>(QStringLiteral("Reset"));
     EXPECT_FALSE(shows(QStringLiteral("Done")));
+    const QPoint place = reset->mapTo(view.get(), QPoint(0, 0));
     reset->click();
     EXPECT_TRUE(shows(QStringLiteral("Done")));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(reset->mapTo(view.get(), QPoint(0, 0)), place);
     clock.advance(std::chrono::milliseconds(1500));
     reset->click();
     clock.advance(std::chrono::milliseconds(1999));

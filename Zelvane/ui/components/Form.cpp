@@ -178,16 +178,18 @@ void FormRow::setNote(const QString& note, TextTone tone)
     nameControl();
 }
 
-void FormRow::setSymbol(const QString& name)
+void FormRow::setSymbol(const QString& name, TextTone tone)
 {
     m_symbol = name;
+    m_symbolTone = tone;
     restyle();
 }
 
 void FormRow::addControl(QWidget* control)
 {
     m_layout->addWidget(control, 0, Qt::AlignVCenter);
-    if (!m_control) {
+    const bool isText = qobject_cast<QLabel*>(control) != nullptr;
+    if (!m_control && !isText) {
         m_control = control;
         nameControl();
     }
@@ -214,8 +216,8 @@ void FormRow::restyle()
     m_layout->setSpacing(qRound(m_theme.tokens().spacing().md));
     m_symbolLabel->setVisible(!m_symbol.isEmpty());
     if (!m_symbol.isEmpty()) {
-        m_symbolLabel->setPixmap(symbolPixmap(m_symbol, m_theme.colors().secondaryText, formSymbol,
-                                              devicePixelRatioF()));
+        m_symbolLabel->setPixmap(symbolPixmap(m_symbol, toneColor(m_theme.colors(), m_symbolTone),
+                                              formSymbol, devicePixelRatioF()));
     }
 }
 

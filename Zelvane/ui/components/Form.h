@@ -95,8 +95,9 @@ public:
     /// A second, smaller line under the title; none if it is empty.
     void setNote(const QString& note, TextTone tone = TextTone::secondary);
     /// A name of the icon set, before the title; empty for none.
-    void setSymbol(const QString& name);
-    /// Puts `control` at the end of the row and takes it over. The first one gets the row's name.
+    void setSymbol(const QString& name, TextTone tone = TextTone::secondary);
+    /// Puts `control` at the end of the row and takes it over. The first one that isn't a mere text
+    /// gets the row's name.
     void addControl(QWidget* control);
 
 protected:
@@ -115,6 +116,7 @@ private:
     ThemedLabel* m_note;
     QWidget* m_control = nullptr;
     QString m_symbol;
+    TextTone m_symbolTone = TextTone::secondary;
     /// The name that the control was given here, which may be replaced.
     QString m_givenName;
 };

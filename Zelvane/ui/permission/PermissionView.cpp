@@ -52,7 +52,7 @@ PermissionView::PermissionView(PermissionModel& model, const Theme& theme, QWidg
     m_layout->addWidget(m_commandSection);
     m_layout->addStretch(1);
     m_grantedCard->addRow(m_granted);
-    m_granted->setSymbol(QStringLiteral("checkmark.circle.fill"));
+    m_granted->setSymbol(QStringLiteral("checkmark.circle.fill"), TextTone::success);
     m_banner->addButton(m_relaunch);
     makeRows();
     makeCommand();

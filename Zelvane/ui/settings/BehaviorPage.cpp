@@ -100,8 +100,9 @@ void BehaviorPage::makeWindows()
     m_reset = new FormRow(theme());
     m_done = new ThemedLabel(theme(), &TypographyTokens::bodyHint, TextTone::success);
     m_resetButton = new TextButton(theme(), ControlKind::bordered);
-    m_reset->addControl(m_resetButton);
+    // Before the button, which stays under the pointer.
     m_reset->addControl(m_done);
+    m_reset->addControl(m_resetButton);
     m_done->hide();
     m_location->card().addRow(m_reset);
     connect(m_resetButton, &QAbstractButton::clicked, this, &BehaviorPage::resetLocations);

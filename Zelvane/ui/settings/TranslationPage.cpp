@@ -72,7 +72,7 @@ void TranslationPage::makeProvider()
     m_custom->setMinimumWidth(fieldWidth);
     m_customRow->addControl(m_custom);
     m_errorRow = new FormRow(theme);
-    m_errorRow->setSymbol(QStringLiteral("exclamationmark.triangle.fill"));
+    m_errorRow->setSymbol(QStringLiteral("exclamationmark.triangle.fill"), TextTone::warning);
     for (FormRow* row : {m_platformRow, m_keyRow, m_modelRow, m_customRow, m_errorRow}) {
         m_providerSection->card().addRow(row);
     }

@@ -45,6 +45,18 @@ TEST_F(FormTest, rowNamesItsControlAndRenamesItWithTheLanguage)
     EXPECT_EQ(control->accessibleName(), QStringLiteral("Text ersetzen"));
 }
 
+TEST_F(FormTest, rowNamesNoMereText)
+{
+    FormRow row(theme);
+    auto* text = new ThemedLabel(theme, StyleFontRole::body, TextTone::success);
+    auto* control = new Switch(theme);
+    row.addControl(text);
+    row.addControl(control);
+    row.setTitle(QStringLiteral("Start at login"));
+    EXPECT_EQ(text->accessibleName(), QString());
+    EXPECT_EQ(control->accessibleName(), QStringLiteral("Start at login"));
+}
+
 TEST_F(FormTest, rowLeavesAControlItsOwnName)
 {
     FormRow row(theme);
