@@ -116,6 +116,7 @@ Section::Section(const Theme& theme, QWidget* parent)
 {
     [[maybe_unused]] static const bool installed =
         (QAccessible::installFactory(makeAccessible), true);
+    m_title->setWordWrap(true);
     m_title->hide();
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->addWidget(m_title);
@@ -145,7 +146,8 @@ void Section::setNote(const QString& note)
 FormRow::FormRow(const Theme& theme, QWidget* parent)
     : QWidget(parent)
     , m_theme(theme)
-    , m_layout(new QHBoxLayout(this))
+    , m_layout(new RowLayout(this))
+    , m_words(new QHBoxLayout)
     , m_symbolLabel(new QLabel)
     , m_title(new ThemedLabel(theme, StyleFontRole::body, TextTone::primary))
     , m_note(wrappedNote(theme))
@@ -159,9 +161,9 @@ FormRow::FormRow(const Theme& theme, QWidget* parent)
     words->addStretch(1);
     m_title->setWordWrap(true);
     m_symbolLabel->hide();
-    m_layout->setContentsMargins(0, 0, 0, 0);
-    m_layout->addWidget(m_symbolLabel);
-    m_layout->addLayout(words, 1);
+    m_words->addWidget(m_symbolLabel);
+    m_words->addLayout(words, 1);
+    m_layout->setContent(m_words);
     keepStyled(*this, theme, [this] { restyle(); });
 }
 
@@ -187,7 +189,7 @@ void FormRow::setSymbol(const QString& name, TextTone tone)
 
 void FormRow::addControl(QWidget* control)
 {
-    m_layout->addWidget(control, 0, Qt::AlignVCenter);
+    m_layout->addWidget(control);
     const bool isText = qobject_cast<QLabel*>(control) != nullptr;
     if (!m_control && !isText) {
         m_control = control;
@@ -213,7 +215,9 @@ void FormRow::nameControl()
 
 void FormRow::restyle()
 {
-    m_layout->setSpacing(qRound(m_theme.tokens().spacing().md));
+    const int gap = qRound(m_theme.tokens().spacing().md);
+    m_layout->setSpacing(gap);
+    m_words->setSpacing(gap);
     m_symbolLabel->setVisible(!m_symbol.isEmpty());
     if (!m_symbol.isEmpty()) {
         m_symbolLabel->setPixmap(symbolPixmap(m_symbol, toneColor(m_theme.colors(), m_symbolTone),
@@ -298,7 +302,8 @@ void ProgressRow::setCancelText(const QString& text)
 Banner::Banner(const Theme& theme, QWidget* parent)
     : QWidget(parent)
     , m_theme(theme)
-    , m_layout(new QHBoxLayout(this))
+    , m_layout(new RowLayout(this))
+    , m_words(new QHBoxLayout)
     , m_symbol(new QLabel)
     , m_title(new ThemedLabel(theme, StyleFontRole::bodySemibold, TextTone::primary))
     , m_body(new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::secondary))
@@ -311,13 +316,15 @@ Banner::Banner(const Theme& theme, QWidget* parent)
     words->addWidget(m_title);
     words->addWidget(m_body);
     words->addStretch(1);
-    m_layout->addWidget(m_symbol);
-    m_layout->addLayout(words, 1);
+    m_words->addWidget(m_symbol);
+    m_words->addLayout(words, 1);
+    m_layout->setContent(m_words);
     keepStyled(*this, theme, [this] {
         const SpacingTokens spacing = m_theme.tokens().spacing();
         const int side = qRound(spacing.md) + 2;
         m_layout->setContentsMargins(side, side, side, side);
         m_layout->setSpacing(qRound(spacing.md));
+        m_words->setSpacing(qRound(spacing.md));
         m_symbol->setPixmap(symbolPixmap(QStringLiteral("exclamationmark.triangle.fill"),
                                          m_theme.colors().warning, bannerSymbol,
                                          devicePixelRatioF()));
@@ -333,7 +340,7 @@ void Banner::setTexts(const QString& title, const QString& body)
 
 void Banner::addButton(QWidget* button)
 {
-    m_layout->addWidget(button, 0, Qt::AlignVCenter);
+    m_layout->addWidget(button);
 }
 
 void Banner::paintEvent(QPaintEvent*)

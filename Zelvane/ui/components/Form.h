@@ -2,6 +2,7 @@
 
 #include "ui/components/Buttons.h"
 #include "ui/components/Indicators.h"
+#include "ui/components/RowLayout.h"
 #include "ui/components/SymbolLines.h"
 #include "ui/components/ThemedLabel.h"
 
@@ -110,7 +111,8 @@ private:
 
     const Theme& m_theme;
     // All owned by Qt's tree.
-    QHBoxLayout* m_layout;
+    RowLayout* m_layout;
+    QHBoxLayout* m_words;
     QLabel* m_symbolLabel;
     ThemedLabel* m_title;
     ThemedLabel* m_note;
@@ -175,7 +177,8 @@ protected:
 private:
     const Theme& m_theme;
     // All owned by Qt's tree.
-    QHBoxLayout* m_layout;
+    RowLayout* m_layout;
+    QHBoxLayout* m_words;
     QLabel* m_symbol;
     ThemedLabel* m_title;
     ThemedLabel* m_body;

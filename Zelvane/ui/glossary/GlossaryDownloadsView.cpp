@@ -140,16 +140,19 @@ bool GlossaryDownloadsView::event(QEvent* event)
 QWidget* GlossaryDownloadsView::makeManualRow()
 {
     auto* row = new QWidget;
-    auto* line = new QHBoxLayout(row);
-    line->setContentsMargins(0, 0, 0, 0);
+    auto* line = new RowLayout(row);
+    auto* pickers = new QHBoxLayout;
     auto* arrows = new QLabel;
-    line->addWidget(m_source);
-    line->addWidget(arrows);
-    line->addWidget(m_target);
-    line->addStretch(1);
+    pickers->addWidget(m_source);
+    pickers->addWidget(arrows);
+    pickers->addWidget(m_target);
+    pickers->addStretch(1);
+    line->setContent(pickers);
     line->addWidget(m_download);
-    keepStyled(*row, m_theme, [this, line, arrows] {
-        line->setSpacing(qRound(m_theme.tokens().spacing().sm));
+    keepStyled(*row, m_theme, [this, line, pickers, arrows] {
+        const int gap = qRound(m_theme.tokens().spacing().sm);
+        line->setSpacing(gap);
+        pickers->setSpacing(gap);
         arrows->setPixmap(symbolPixmap(QStringLiteral("arrow.left.arrow.right"),
                                        m_theme.colors().secondaryText, symbolSide,
                                        devicePixelRatioF()));

@@ -7,12 +7,14 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+
 namespace zelvane {
 
 namespace {
 
-/// How much of the hero the drawing fills.
-constexpr double drawingScale = 1.08;
+/// The least that the drawings need in their own units.
+constexpr QSizeF drawingSize(444, 256);
 constexpr std::chrono::milliseconds arrivalDuration{220};
 
 QColor colorOf(const SrgbColor& color)
@@ -89,7 +91,8 @@ QPixmap OnboardingHero::drawn(OnboardingIllustration illustration) const
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(roundedAtTop(QRectF(rect()), radius), gradient);
     painter.translate(QRectF(rect()).center());
-    painter.scale(drawingScale, drawingScale);
+    const double scale = std::min(width() / drawingSize.width(), height() / drawingSize.height());
+    painter.scale(scale, scale);
     drawHero(painter, illustration, ratio);
     return pixmap;
 }

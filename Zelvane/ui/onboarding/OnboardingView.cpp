@@ -9,11 +9,15 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace zelvane {
 
 namespace {
 
-constexpr int heroHeight = 296;
+/// Large letters take room from the drawing, down to the least.
+constexpr int heroHeight = 312;
+constexpr int leastHeroHeight = 60;
 constexpr int fadeMilliseconds = 220;
 
 } // namespace
@@ -75,7 +79,6 @@ void OnboardingView::layOut()
     m_navigation->addWidget(m_forward, 0, 2, Qt::AlignRight | Qt::AlignVCenter);
     m_navigation->addWidget(m_gotIt, 0, 2, Qt::AlignRight | Qt::AlignVCenter);
 
-    m_hero->setFixedHeight(heroHeight);
     auto* layout = new QVBoxLayout(this);
     // The panel's hairline stays in view around the drawing.
     layout->setContentsMargins(1, 1, 1, 1);
@@ -88,13 +91,53 @@ void OnboardingView::layOut()
 void OnboardingView::restyle()
 {
     const SpacingTokens spacing = m_theme.tokens().spacing();
-    const int side = qRound(spacing.xxl + spacing.lg);
-    m_textLayout->setContentsMargins(side, qRound(spacing.xxl), side, 0);
     m_textLayout->setSpacing(qRound(spacing.md));
     const int edge = qRound(spacing.lg);
     m_navigation->setContentsMargins(edge, edge, edge, edge);
     // As high with the button as with the chevron.
-    m_navigation->setRowMinimumHeight(0, m_forward->sizeHint().height());
+    m_navigation->setRowMinimumHeight(
+        0, std::max(m_forward->sizeHint().height(), m_gotIt->sizeHint().height()));
+    fitHero();
+}
+
+int OnboardingView::textHeight(const OnboardingSlide& slide, int width) const
+{
+    const QMargins margins = m_textLayout->contentsMargins();
+    const auto height = [&](const ThemedLabel& label, const QString& key) {
+        const QRect room(0, 0, width - margins.left() - margins.right(), QWIDGETSIZE_MAX);
+        return label.fontMetrics()
+            .boundingRect(room, Qt::TextWordWrap | Qt::AlignHCenter, localizedText(key))
+            .height();
+    };
+    return margins.top() + height(*m_title, slide.titleKey) + m_textLayout->spacing() +
+           height(*m_body, slide.bodyKey);
+}
+
+void OnboardingView::fitHero()
+{
+    const SpacingTokens spacing = m_theme.tokens().spacing();
+    const QMargins frame = layout()->contentsMargins();
+    int left = 0;
+    // Lines of a comfortable length, or longer ones if the letters are large.
+    for (const double side : {spacing.xxl + spacing.lg, spacing.xxl, spacing.md}) {
+        m_textLayout->setContentsMargins(qRound(side), qRound(spacing.xxl), qRound(side), 0);
+        int texts = 0;
+        for (const OnboardingSlide& slide : onboardingSlides()) {
+            texts = std::max(texts, textHeight(slide, width() - frame.left() - frame.right()));
+        }
+        // The same for all slides, so that nothing jumps.
+        left = height() - texts - m_navigation->sizeHint().height() - frame.top() - frame.bottom();
+        if (left >= leastHeroHeight) {
+            break;
+        }
+    }
+    m_hero->setFixedHeight(std::clamp(left, 0, heroHeight));
+}
+
+void OnboardingView::resizeEvent(QResizeEvent* event)
+{
+    fitHero();
+    QWidget::resizeEvent(event);
 }
 
 void OnboardingView::focusForward()
@@ -126,6 +169,7 @@ void OnboardingView::showTexts()
     name(*m_back, localizedText(QStringLiteral("Previous page")));
     name(*m_forward, localizedText(QStringLiteral("Next page")));
     m_gotIt->setText(localizedText(QStringLiteral("Got It")));
+    fitHero();
     Q_EMIT titleChanged(m_title->text());
 }
 

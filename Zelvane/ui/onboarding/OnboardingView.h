@@ -47,10 +47,14 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void layOut();
     void restyle();
+    /// How high the texts of `slide` are in a view of that width.
+    [[nodiscard]] int textHeight(const OnboardingSlide& slide, int width) const;
+    void fitHero();
     void showSlide();
     void showTexts();
     void updateNavigation();

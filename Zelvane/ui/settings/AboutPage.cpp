@@ -4,13 +4,16 @@
 #include "settings/Localization.h"
 #include "ui/components/Styling.h"
 #include "ui/licenses/ModelLicensesSheet.h"
+#include "ui/style/Symbols.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 
 namespace zelvane {
 
 namespace {
+
+constexpr int iconSide = 48;
 
 struct Page
 {
@@ -50,17 +53,20 @@ AboutPage::AboutPage(const Theme& theme, SettingsServices& services)
     m_copy->setSymbol(QStringLiteral("doc.on.doc"));
     m_licenses->setSymbol(QStringLiteral("doc.text"));
     Section* facts = addSection();
+    facts->card().addRow(makeHead());
     facts->card().addRow(m_version);
     facts->card().addRow(m_installId);
 
     auto* links = new QWidget;
-    auto* row = new QHBoxLayout(links);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* row = new RowLayout(links);
+    auto* pageLinks = new RowLayout;
+    row->setContent(pageLinks);
+    row->setSpacing(qRound(theme.tokens().spacing().lg));
+    pageLinks->setSpacing(row->spacing());
     for (qsizetype i = 0; i < pages().size(); ++i) {
         m_links.append(new LinkLabel(theme));
-        row->addWidget(m_links.last());
+        pageLinks->addWidget(m_links.last());
     }
-    row->addStretch(1);
     row->addWidget(m_licenses);
     addSection(links);
 
@@ -72,6 +78,24 @@ AboutPage::AboutPage(const Theme& theme, SettingsServices& services)
     });
     keepTranslated(*this, [this] { retranslate(); });
     m_tasks.start([this](std::stop_token stop) { return fetchInstallId(std::move(stop)); });
+}
+
+/// The program's icon and name.
+QWidget* AboutPage::makeHead()
+{
+    auto* icon = new QLabel;
+    auto* name = new ThemedLabel(theme(), StyleFontRole::title3, TextTone::primary);
+    name->setText(QGuiApplication::applicationDisplayName());
+    auto* head = new QWidget;
+    auto* row = new QHBoxLayout(head);
+    row->setSpacing(qRound(theme().tokens().spacing().md));
+    row->addWidget(icon);
+    row->addWidget(name, 1);
+    keepStyled(*icon, theme(), [icon] {
+        icon->setPixmap(
+            picturePixmap(QStringLiteral("org.zelvane.desk"), iconSide, icon->devicePixelRatioF()));
+    });
+    return head;
 }
 
 QCoro::Task<void> AboutPage::fetchInstallId(std::stop_token stop)

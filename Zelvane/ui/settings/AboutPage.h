@@ -17,6 +17,7 @@ public:
     AboutPage(const Theme& theme, SettingsServices& services);
 
 private:
+    [[nodiscard]] QWidget* makeHead();
     void retranslate();
     [[nodiscard]] QCoro::Task<void> fetchInstallId(std::stop_token stop);
 

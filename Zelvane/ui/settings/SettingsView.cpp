@@ -22,7 +22,8 @@ namespace zelvane {
 
 namespace {
 
-constexpr int sidebarWidth = 210;
+/// Long words and large letters make it wider.
+constexpr int leastSidebarWidth = 210;
 
 } // namespace
 
@@ -62,7 +63,8 @@ SettingsView::~SettingsView() = default;
 QWidget* SettingsView::makeSidebar()
 {
     m_sidebar = new QWidget;
-    m_sidebar->setFixedWidth(sidebarWidth);
+    m_sidebar->setMinimumWidth(leastSidebarWidth);
+    m_sidebar->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     auto* column = new QVBoxLayout(m_sidebar);
     auto* group = new QButtonGroup(this);
     for (const SettingsCategory category : allSettingsCategories) {
