@@ -137,7 +137,6 @@ void LanguagePairRow::update()
     m_clear->setEnabled(pair->hotKey.has_value());
     m_promptRow->setVisible(m_settings.provider() != AIProvider::deepL);
     m_useCustomPrompt->setChecked(pair->useCustomPrompt);
-    m_setPrompt->setEnabled(pair->useCustomPrompt);
     m_promptRow->setNote(localizedText(text::isBlank(pair->customPrompt)
                                            ? QStringLiteral("Using default text until Set Prompt")
                                            : QStringLiteral("Custom prompt set")));
