@@ -144,6 +144,10 @@ bool Sheet::eventFilter(QObject*, QEvent* event)
         setGeometry(window()->rect());
         place();
     }
+    // Nothing that a sheet holds back meanwhile may stay so behind a closed window.
+    if (event->type() == QEvent::Hide && !event->spontaneous()) {
+        dismiss();
+    }
     return false;
 }
 

@@ -15,7 +15,7 @@ namespace zelvane {
 /// dimmed. The keyboard stays in the sheet. Return presses the default button, Esc the one that
 /// cancels.
 ///
-/// It is shown with `present` and deletes itself when it closes.
+/// It is shown with `present` and deletes itself when it closes, as it does when its window closes.
 class Sheet : public QWidget
 {
     Q_OBJECT

@@ -140,5 +140,16 @@ TEST_F(SheetTest, isADialogWithNamedControls)
                             QStringLiteral("Cancel"), QStringLiteral("Save")));
 }
 
+TEST_F(SheetTest, goesWithTheWindowThatItIsOver)
+{
+    window.close();
+    EXPECT_TRUE(sheet->isHidden());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(sheet, nullptr);
+    EXPECT_TRUE(pressed.isEmpty());
+    window.show();
+    EXPECT_EQ(window.focusWidget(), below);
+}
+
 } // namespace
 } // namespace zelvane::test
