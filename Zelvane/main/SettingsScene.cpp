@@ -123,6 +123,7 @@ struct SettingsScene::Parts
     }
 
     LinuxSessionInspector inspector;
+            .buildNumber = QStringLiteral(ZELVANE_BUILD_NUMBER),
     PermissionModel permission;
     /// Installations go on when the window is closed.
     TaskScope installs;

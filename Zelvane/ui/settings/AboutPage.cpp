@@ -33,6 +33,13 @@ const QList<Page>& pages()
     return pages;
 }
 
+/// Such as "1.2.0 (34)".
+QString versionText(const QString& buildNumber)
+{
+    const QString version = QCoreApplication::applicationVersion();
+    return buildNumber.isEmpty() ? version : QStringLiteral("%1 (%2)").arg(version, buildNumber);
+}
+
 } // namespace
 
 AboutPage::AboutPage(const Theme& theme, SettingsServices& services)
@@ -115,7 +122,7 @@ QCoro::Task<void> AboutPage::fetchInstallId(std::stop_token stop)
 void AboutPage::retranslate()
 {
     m_version->setTitle(localizedText(QStringLiteral("Version")));
-    m_versionText->setText(QCoreApplication::applicationVersion());
+    m_versionText->setText(versionText(m_services.buildNumber));
     m_installId->setTitle(localizedText(QStringLiteral("Install ID")));
     setButtonText(*m_copy, localizedText(QStringLiteral("Copy")));
     setButtonText(*m_licenses, localizedText(QStringLiteral("Third-Party Licenses…")));
