@@ -42,7 +42,11 @@ struct SettingsScene::Parts
                      [&desktop = links.desktop] { return desktop.inputAbilities().watchesKeys; },
                      interface.trayAvailable()})
         , permission(links.model.bindableAccessibilityState(), inspector, links.core.clock(),
-                     {[&links] { links.permission.relaunch(); }, copyText})
+                     {[&links] { links.permission.relaunch(); }, copyText,
+                      [&links] {
+                          links.permission.requestPrompt();
+                          links.model.refreshAccessibilityState();
+                      }})
         , services(servicesOf(interface, links))
         , view(interface.theme(), services, links.core.clock())
     {
@@ -119,11 +123,11 @@ struct SettingsScene::Parts
                     return core.onlineEngines().hosted().installId(std::move(stop));
                 },
             .writeToClipboard = copyText,
+            .buildNumber = QStringLiteral(ZELVANE_BUILD_NUMBER),
         };
     }
 
     LinuxSessionInspector inspector;
-            .buildNumber = QStringLiteral(ZELVANE_BUILD_NUMBER),
     PermissionModel permission;
     /// Installations go on when the window is closed.
     TaskScope installs;

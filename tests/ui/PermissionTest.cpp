@@ -57,7 +57,8 @@ protected:
                           inspector,
                           clock,
                           {[this] { log << QStringLiteral("relaunch"); },
-                           [this](const QString& text) { log << text; }}};
+                           [this](const QString& text) { log << text; },
+                           [this] { log << QStringLiteral("request"); }}};
 };
 
 TEST_F(PermissionPage, knowsNothingOfTheSessionBeforeItHasLooked)
@@ -183,6 +184,30 @@ TEST_F(PermissionPage, relaunchesByItsButtonWhichIsThereOnlyIfItMayHelp)
     EXPECT_TRUE(relaunch->isVisible());
     QTest::mouseClick(relaunch, Qt::LeftButton);
     EXPECT_EQ(log, QStringList{QStringLiteral("relaunch")});
+}
+
+TEST_F(PermissionPage, asksForAMissingPermissionAndLooksAgainAtOnce)
+{
+    PermissionView view(model, theme);
+    view.show();
+    TextButton* request = nullptr;
+    for (TextButton* button : view.findChildren<TextButton*>()) {
+        if (button->text() == QStringLiteral("Request Permission…")) {
+            request = button;
+        }
+    }
+    ASSERT_NE(request, nullptr);
+    EXPECT_FALSE(request->isVisible());
+    for (const State missing : {State::denied, State::stale}) {
+        state = missing;
+        EXPECT_TRUE(request->isVisible());
+    }
+    const int before = inspector.looks;
+    QTest::mouseClick(request, Qt::LeftButton);
+    EXPECT_EQ(log, QStringList{QStringLiteral("request")});
+    EXPECT_EQ(inspector.looks, before + 1);
+    state = State::granted;
+    EXPECT_FALSE(request->isVisible());
 }
 
 TEST_F(PermissionPage, copiesTheCommandByItsButton)

@@ -183,6 +183,17 @@ void PermissionModel::copyCommand()
     Q_EMIT changed();
 }
 
+bool PermissionModel::offersRequest() const
+{
+    return state() != State::granted;
+}
+
+void PermissionModel::request()
+{
+    m_actions.request();
+    refresh();
+}
+
 bool PermissionModel::offersRelaunch() const
 {
     return state() != State::granted;

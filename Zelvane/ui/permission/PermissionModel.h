@@ -38,6 +38,8 @@ public:
         std::function<void()> relaunch;
         /// Puts a text on the clipboard on the user's behalf.
         std::function<void(const QString&)> copy;
+        /// Asks for the permission once more.
+        std::function<void()> request = [] {};
     };
 
     /// All must outlive this object.
@@ -61,6 +63,10 @@ public:
     [[nodiscard]] static QString command();
     [[nodiscard]] bool copied() const { return m_copied; }
     void copyCommand();
+
+    [[nodiscard]] bool offersRequest() const;
+    /// Asks for the permission, and looks at once whether it has come.
+    void request();
 
     /// Whether a new start of the program may help.
     [[nodiscard]] bool offersRelaunch() const;

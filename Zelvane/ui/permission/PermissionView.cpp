@@ -39,6 +39,7 @@ PermissionView::PermissionView(PermissionModel& model, const Theme& theme, QWidg
     , m_grantedCard(new Card(theme))
     , m_granted(new FormRow(theme))
     , m_banner(new Banner(theme))
+    , m_request(new TextButton(theme, ControlKind::bordered))
     , m_relaunch(new TextButton(theme, ControlKind::prominent))
     , m_capabilities(new Section(theme))
     , m_commandSection(new Section(theme))
@@ -53,10 +54,16 @@ PermissionView::PermissionView(PermissionModel& model, const Theme& theme, QWidg
     m_layout->addStretch(1);
     m_grantedCard->addRow(m_granted);
     m_granted->setSymbol(QStringLiteral("checkmark.circle.fill"), TextTone::success);
-    m_banner->addButton(m_relaunch);
+    auto* buttons = new QWidget;
+    auto* column = new QVBoxLayout(buttons);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_relaunch);
+    column->addWidget(m_request);
+    m_banner->addButton(buttons);
     makeRows();
     makeCommand();
 
+    connect(m_request, &QAbstractButton::clicked, &model, &PermissionModel::request);
     connect(m_relaunch, &QAbstractButton::clicked, &model, &PermissionModel::relaunch);
     connect(m_copy, &QAbstractButton::clicked, &model, &PermissionModel::copyCommand);
     connect(&model, &PermissionModel::changed, this, &PermissionView::update);
@@ -111,6 +118,8 @@ void PermissionView::updateState()
     m_banner->setTexts(m_model.headline(), m_model.explanation());
     setButtonText(*m_relaunch, localizedText(QStringLiteral("Relaunch Zelvane Desk")));
     m_relaunch->setVisible(m_model.offersRelaunch());
+    setButtonText(*m_request, localizedText(QStringLiteral("Request Permission…")));
+    m_request->setVisible(m_model.offersRequest());
 }
 
 void PermissionView::updateRows()

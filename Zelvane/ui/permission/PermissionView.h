@@ -45,6 +45,7 @@ private:
     Card* m_grantedCard;
     FormRow* m_granted;
     Banner* m_banner; ///< in its place while the permission is missing
+    TextButton* m_request;
     TextButton* m_relaunch;
     Section* m_capabilities;
     QList<Row> m_rows;
