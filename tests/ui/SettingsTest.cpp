@@ -81,7 +81,7 @@ TEST_F(SettingsTest, switchesWriteThroughAtOnceAndTheExplanationFollows)
 TEST_F(SettingsTest, aSecondResetKeepsItsWordForTwoSecondsAfterIt)
 {
     open(SettingsCategory::behavior);
-    auto* reset = named<TextButton>(QStringLiteral("Reset"));
+    auto* reset = named<TextButton>(QStringLiteral("Reset translation windows location"));
     EXPECT_FALSE(shows(QStringLiteral("Done")));
     const QPoint place = reset->mapTo(view.get(), QPoint(0, 0));
     reset->click();
@@ -389,6 +389,52 @@ TEST_F(SettingsTest, tellWhenTheyComeAndGo)
     QTest::keyClick(view.get(), Qt::Key_Escape);
     EXPECT_EQ(appeared, 1);
     EXPECT_EQ(disappeared, 1);
+}
+
+TEST_F(SettingsTest, theLanguageOfTheInterfaceIsChosenBelowTheCategories)
+{
+    open();
+    Picker& picker = view->languagePicker();
+    EXPECT_TRUE(shows(QStringLiteral("App Language")));
+    EXPECT_EQ(picker.accessibleName(), QStringLiteral("App Language"));
+    EXPECT_THAT(picker.items(),
+                ElementsAre(QStringLiteral("System"), QStringLiteral("English"),
+                            QStringLiteral("Русский"), QStringLiteral("中文（简体）"),
+                            QStringLiteral("Español"), QStringLiteral("हिन्दी"),
+                            QStringLiteral("Deutsch"), QStringLiteral("Français")));
+    EXPECT_EQ(picker.valueText(), QStringLiteral("System"));
+    Q_EMIT picker.activated(6);
+    EXPECT_EQ(settings.appLanguage(), AppLanguage::german);
+    EXPECT_EQ(defaults.string(QStringLiteral("zv.appLanguage")), QStringLiteral("de"));
+    EXPECT_EQ(picker.valueText(), QStringLiteral("Deutsch"));
+}
+
+TEST_F(SettingsTest, theBannerSaysWhatIsMissing)
+{
+    permissionState = State::stale;
+    for (const SettingsCategory category : allSettingsCategories) {
+        open(category);
+        const bool isItsOwn = category == SettingsCategory::accessibility;
+        EXPECT_EQ(shows(QStringLiteral("Accessibility permission required")), !isItsOwn);
+        EXPECT_EQ(shows(QStringLiteral("Hotkeys and in-place translation need Accessibility before "
+                                       "they can read selected text.")),
+                  !isItsOwn);
+    }
+}
+
+TEST_F(SettingsTest, thePageOfThePermissionSaysWhyItIsNeededAndWhetherItIsThere)
+{
+    open(SettingsCategory::accessibility);
+    EXPECT_TRUE(shows(QStringLiteral(
+        "Zelvane Desk copies your selection with ⌘C and pastes the translation back with ⌘V, "
+        "which macOS only allows for apps trusted in Privacy & Security → Accessibility. Without "
+        "it, hotkeys and the ⌥ + right-click menu cannot read the selected text.")));
+    EXPECT_TRUE(shows(QStringLiteral("Permission granted")));
+    EXPECT_EQ(named<TextButton>(QStringLiteral("Request Permission…")), nullptr);
+    permissionState = State::denied;
+    EXPECT_TRUE(shows(QStringLiteral("Permission not granted")));
+    EXPECT_FALSE(shows(QStringLiteral("Permission granted")));
+    EXPECT_NE(named<TextButton>(QStringLiteral("Request Permission…")), nullptr);
 }
 
 } // namespace

@@ -160,6 +160,7 @@ FormRow::FormRow(const Theme& theme, QWidget* parent)
     words->addWidget(m_note);
     words->addStretch(1);
     m_title->setWordWrap(true);
+    m_title->hide();
     m_symbolLabel->hide();
     m_words->addWidget(m_symbolLabel);
     m_words->addLayout(words, 1);
@@ -170,6 +171,7 @@ FormRow::FormRow(const Theme& theme, QWidget* parent)
 void FormRow::setTitle(const QString& title)
 {
     m_title->setText(title);
+    m_title->setVisible(!title.isEmpty());
     nameControl();
 }
 

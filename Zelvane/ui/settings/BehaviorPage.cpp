@@ -128,11 +128,11 @@ void BehaviorPage::retranslate()
     setButtonText(*m_clear, localizedText(QStringLiteral("Clear")));
     m_manualSize->setTitle(localizedText(QStringLiteral("Classic Translation Window Size")));
     m_resultSize->setTitle(localizedText(QStringLiteral("Translation Result Popup Size")));
-    m_reset->setTitle(localizedText(QStringLiteral("Reset translation windows location")));
     m_reset->setNote(localizedText(
         QStringLiteral("Use this button if you lost your translation window or result popup and "
                        "want to return it to the center of the screen.")));
-    setButtonText(*m_resetButton, localizedText(QStringLiteral("Reset")));
+    setButtonText(*m_resetButton,
+                  localizedText(QStringLiteral("Reset translation windows location")));
     m_done->setText(localizedText(QStringLiteral("Done")));
     explain();
     showHotKey();
@@ -141,15 +141,15 @@ void BehaviorPage::retranslate()
 void BehaviorPage::explain()
 {
     if (!m_settings.autoReplace()) {
-        m_behavior->setNote(localizedText(
+        m_doublePress->setNote(localizedText(
             QStringLiteral("Hotkey always opens the translation window with a Copy button — the "
                            "selected text is never replaced.")));
     } else if (!m_settings.doubleHotKeyWindow()) {
-        m_behavior->setNote(localizedText(
+        m_doublePress->setNote(localizedText(
             QStringLiteral("Hotkey replaces the selected text immediately. Use the menu bar item "
                            "to show a translation in a window instead.")));
     } else {
-        m_behavior->setNote(localizedText(
+        m_doublePress->setNote(localizedText(
             QStringLiteral("Press once to replace the selected text; press twice within 1 second "
                            "to replace it and also open the translation window. A single press "
                            "waits ~1 second before acting.")));
