@@ -29,6 +29,8 @@ public:
 
     /// Null once the user has closed the window.
     [[nodiscard]] virtual QWidget* window() = 0;
+    /// What happens once the window is on the screen: another page, a sheet, an open list.
+    virtual void takeStep() {}
 };
 
 /// One window in one state.
@@ -36,6 +38,8 @@ struct Scene
 {
     QString name;
     std::function<std::unique_ptr<Exhibit>(const Stage&)> show;
+    /// Whether the scene is about the exhibit's step, rather than about its window.
+    bool hasStep = false;
 };
 
 [[nodiscard]] QList<Scene> allScenes();

@@ -1,6 +1,7 @@
 #include "ui/gallery/SettingsExhibit.h"
 
 #include "foundation/Completion.h"
+#include "ui/glossary/GlossaryDownloadsModel.h"
 
 #include <QDir>
 
@@ -8,24 +9,44 @@ namespace zelvane::gallery {
 
 namespace {
 
-GlossaryLanguage language(const char* code)
+GlossaryLanguage language(const QString& name)
 {
-    return *resolveGlossaryLanguage(QString::fromLatin1(code));
+    return *resolveGlossaryLanguage(name);
 }
 
-/// Puts the dictionaries of one package where the program looks for them.
-UserDefaults& withFrenchGlossary(UserDefaults& defaults, const QString& folder)
+/// French first, then one after the other.
+QList<GlossaryPackage> somePackages(qsizetype count)
 {
-    const GlossaryPackage french{language("fr"), language("en-US")};
+    QList<GlossaryPackage> packages;
+    QStringList sources = GlossaryDownloadsModel::glossaryLanguageOptions();
+    sources.move(sources.indexOf(QStringLiteral("French")), 0);
+    for (const QString& target :
+         {QStringLiteral("English (US)"), QStringLiteral("Swedish"), QStringLiteral("Turkish")}) {
+        for (const QString& source : sources) {
+            const GlossaryPackage package{language(source), language(target)};
+            if (source != target && packages.size() < count) {
+                packages.append(package);
+            }
+        }
+    }
+    return packages;
+}
+
+/// Puts the dictionaries where the program looks for them.
+UserDefaults& withGlossaries(qsizetype count, UserDefaults& defaults, const QString& folder)
+{
+    const QList<GlossaryPackage> packages = somePackages(count);
     QDir().mkpath(glossaryFolder(folder));
-    for (const GlossaryDirection& direction : french.directions()) {
-        QFile file(glossaryFile(folder, direction.key()));
-        if (file.open(QIODevice::WriteOnly)) {
-            file.write(QByteArray(1'480'000, '\n'));
+    for (const GlossaryPackage& package : packages) {
+        for (const GlossaryDirection& direction : package.directions()) {
+            QFile file(glossaryFile(folder, direction.key()));
+            if (file.open(QIODevice::WriteOnly)) {
+                file.resize(1'480'000);
+            }
         }
     }
     defaults.setValue(QStringLiteral("zv.glossaryPackages.") + glossaryEdition(),
-                      encodePackages({french}));
+                      encodePackages(packages));
     return defaults;
 }
 
@@ -44,9 +65,9 @@ SessionCapabilities fullSession()
 
 SettingsExhibit::SettingsExhibit(const Stage& stage, const Situation& situation)
     : m_theme(stage.theme)
-    , m_glossaries({withFrenchGlossary(m_defaults, m_folder.path()), m_transport, m_clock,
-                    m_folder.path(), language("de")})
-    , m_listing(situation.listing)
+    , m_situation(situation)
+    , m_glossaries({withGlossaries(situation.glossaries, m_defaults, m_folder.path()), m_transport,
+                    m_clock, m_folder.path(), language(QStringLiteral("German"))})
     , m_permission(situation.permission)
     , m_services(services())
 {
@@ -65,12 +86,20 @@ SettingsExhibit::SettingsExhibit(const Stage& stage, const Situation& situation)
         situation.prepare(m_settings);
     }
     m_view = std::make_unique<SettingsView>(stage.theme, m_services, m_clock);
-    m_view->select(situation.category);
+    if (situation.open) {
+        m_view->select(situation.category);
+    }
     const QSize least = m_view->minimumSize();
     m_view->resize(least.width(), std::max(least.height(), situation.height));
     m_view->show();
-    if (situation.open) {
-        situation.open(*this);
+}
+
+void SettingsExhibit::takeStep()
+{
+    if (m_situation.open) {
+        m_situation.open(*this);
+    } else {
+        m_view->select(m_situation.category);
     }
 }
 
@@ -79,8 +108,10 @@ SettingsServices SettingsExhibit::services()
     return {
         .settings = m_settings,
         .defaults = m_defaults,
-        .fetchModels = [this](AIProvider, const QString&,
-                              std::stop_token stop) { return models(m_listing, std::move(stop)); },
+        .fetchModels =
+            [this](AIProvider, const QString&, std::stop_token stop) {
+                return models(m_situation.listing, std::move(stop));
+            },
         .engine =
             [this](SmartOfflineVariant) {
                 return EngineControls{&m_engine, [] {}, [] {}, [] {},
@@ -122,9 +153,11 @@ QCoro::Task<QList<RemoteModel>> SettingsExhibit::models(ModelListing listing, st
 
 Scene settingsScene(const QString& name, const Situation& situation)
 {
-    return {QStringLiteral("settings-") + name, [situation](const Stage& stage) {
+    return {QStringLiteral("settings-") + name,
+            [situation](const Stage& stage) {
                 return std::make_unique<SettingsExhibit>(stage, situation);
-            }};
+            },
+            situation.open || situation.category != SettingsCategory::translation};
 }
 
 } // namespace zelvane::gallery

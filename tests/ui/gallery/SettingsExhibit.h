@@ -34,6 +34,8 @@ struct Situation
     int height = 0;
     /// Before there is a window.
     std::function<void(AppSettings&)> prepare = {};
+    /// The dictionaries that are installed, of as many pairs of languages.
+    qsizetype glossaries = 1;
     /// Once it is on the screen.
     std::function<void(SettingsExhibit&)> open = {};
 };
@@ -45,6 +47,7 @@ public:
     SettingsExhibit(const Stage& stage, const Situation& situation);
 
     [[nodiscard]] QWidget* window() override { return m_view.get(); }
+    void takeStep() override;
 
     [[nodiscard]] const Theme& theme() const { return m_theme; }
     [[nodiscard]] SettingsView& view() { return *m_view; }
@@ -81,6 +84,7 @@ private:
     static QCoro::Task<QList<RemoteModel>> models(ModelListing listing, std::stop_token stop);
 
     const Theme& m_theme;
+    Situation m_situation;
     QTemporaryDir m_folder;
     OverlayUserDefaults m_defaults;
     test::FakeSecretBackend m_backend;
@@ -90,7 +94,6 @@ private:
     test::FakeHttpTransport m_transport;
     GlossaryManager m_glossaries;
     EngineState m_engine;
-    ModelListing m_listing;
     QProperty<AccessibilityPermission::State> m_permission;
     Inspector m_inspector;
     PermissionModel m_permissionModel{

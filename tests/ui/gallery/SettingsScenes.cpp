@@ -186,6 +186,7 @@ QList<Scene> languagesScenes()
         scene(QStringLiteral("-deepl"), {.provider = AIProvider::deepL}),
         scene(QStringLiteral("-glossaries"),
               {.height = tall, .prepare = proposeGlossaries, .open = workOnGlossaries}),
+        scene(QStringLiteral("-fifty-glossaries"), {.height = tall, .glossaries = 50}),
         scene(QStringLiteral("-picker"), {.open = opensPicker({})}),
         scene(QStringLiteral("-picker-query"), {.open = opensPicker(QStringLiteral("an"))}),
         scene(QStringLiteral("-picker-custom"), {.open = opensPicker(QStringLiteral("Quenya"))}),

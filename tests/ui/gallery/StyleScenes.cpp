@@ -486,8 +486,9 @@ Scene sheet()
 class PickerExhibit final : public Exhibit
 {
 public:
-    PickerExhibit(const Stage& stage, const QString& query)
+    PickerExhibit(const Stage& stage, QString query)
         : m_page(stage.theme)
+        , m_query(std::move(query))
     {
         auto* column = new QVBoxLayout(&m_page);
         column->setContentsMargins(24, 24, 24, 340);
@@ -500,22 +501,27 @@ public:
         m_page.adjustSize();
         m_page.show();
         m_page.raise();
-        QCoreApplication::processEvents();
-        m_picker->togglePopup();
-        m_picker->searchField()->setText(query);
     }
 
     [[nodiscard]] QWidget* window() override { return &m_page; }
 
+    void takeStep() override
+    {
+        m_picker->togglePopup();
+        m_picker->searchField()->setText(m_query);
+    }
+
 private:
     Page m_page;
+    QString m_query;
     SearchableLanguagePicker* m_picker;
 };
 
 Scene pickerScene(const QString& name, const QString& query)
 {
     return {QStringLiteral("style-languages-") + name,
-            [query](const Stage& stage) { return std::make_unique<PickerExhibit>(stage, query); }};
+            [query](const Stage& stage) { return std::make_unique<PickerExhibit>(stage, query); },
+            true};
 }
 
 /// The roles of the type scale.

@@ -2,35 +2,33 @@
 //
 // zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME] [--language CODE]
 // zelvane_gallery --hold NAME     shows one window and ends when it is closed
-// zelvane_gallery --time [--only PART-OF-A-NAME]      prints how fast windows appear
+// zelvane_gallery --time NAME     prints how fast a window appears, --frames NAME how fast it moves
+//                                 (bench/windows)
 // zelvane_gallery --tray          shows the tray icon, as soon as there is a tray, for ever
 
 #include "foundation/SystemClock.h"
 #include "settings/Localization.h"
 #include "support/FakeSecretBackend.h"
 #include "ui/gallery/Scenes.h"
+#include "ui/gallery/Setting.h"
 #include "ui/gallery/StandIn.h"
-#include "ui/linux/LinuxAppearance.h"
+#include "ui/gallery/Timing.h"
 #include "ui/linux/TrayWatcher.h"
-#include "ui/linux/X11WindowSystem.h"
 #include "ui/menubar/MenuBarController.h"
-#include "ui/style/InterfaceStyle.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCursor>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
+#include <QJsonDocument>
 #include <QPainter>
-#include <QPainterPath>
 #include <QScreen>
 #include <QTest>
 #include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
+#include <functional>
 #include <utility>
 
 namespace zelvane::gallery {
@@ -94,28 +92,16 @@ QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
     return picture;
 }
 
-/// What the program's own start would set up.
-struct Setting
-{
-    StyleTweaker tokens;
-    DesktopAppearance appearance;
-    LinuxAppearance desktop{appearance, QDBusConnection::sessionBus()};
-    std::unique_ptr<WindowSystem> windows = sessionWindowSystem();
-    Theme theme{tokens, appearance};
-
-    Setting() { dressApplication(theme); }
-    /// The style refers to the theme, and the application outlives both.
-    ~Setting() { QApplication::setStyle(QStringLiteral("Fusion")); }
-    Q_DISABLE_COPY_MOVE(Setting)
-};
-
 void say(const QString& line)
 {
     std::printf("%s\n", qPrintable(line));
     std::fflush(stdout);
 }
 
-int hold(const QString& name)
+using Work = std::function<int(const Scene&, const Stage&)>;
+
+/// Does `work` with one scene and what it is made with; the exit status.
+int withScene(const QString& name, const Work& work)
 {
     const Setting setting;
     const QList<Scene> scenes = allScenes();
@@ -124,7 +110,12 @@ int hold(const QString& name)
         std::fprintf(stderr, "there is no scene %s\n", qPrintable(name));
         return 1;
     }
-    const auto exhibit = scene->show({setting.theme, *setting.windows});
+    return work(*scene, {setting.theme, *setting.windows});
+}
+
+int hold(const Scene& scene, const Stage& stage)
+{
+    const auto exhibit = scene.show(stage);
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, qApp, [&exhibit] {
         if (!exhibit->window()) {
@@ -132,7 +123,24 @@ int hold(const QString& name)
         }
     });
     watch.start(20);
+    QTimer::singleShot(0, qApp, [&exhibit] { exhibit->takeStep(); });
     return QCoreApplication::exec();
+}
+
+int print(const QJsonObject& measured)
+{
+    say(QString::fromUtf8(QJsonDocument(measured).toJson(QJsonDocument::Compact)));
+    return 0;
+}
+
+int printAppearance(const Scene& scene, const Stage& stage)
+{
+    return print(timeAppearance(scene, stage));
+}
+
+int printFrames(const Scene& scene, const Stage& stage)
+{
+    return print(timeFrames(scene, stage));
 }
 
 QString described(const QString& what, const QRect& place)
@@ -190,106 +198,6 @@ int showTray(bool busy)
     return QCoreApplication::exec();
 }
 
-/// Notes when a window has painted its content for the first time.
-class FirstPaint final : public QObject
-{
-public:
-    using QObject::QObject;
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        const auto* widget = qobject_cast<QWidget*>(watched);
-        if (event->type() == QEvent::Paint && widget && widget->isWindow() && !painted) {
-            // The window is painted from the back to the front; this very turn paints it all.
-            QTimer::singleShot(0, this, [this] { painted = true; });
-        }
-        return false;
-    }
-
-    bool painted = false;
-};
-
-double processorMilliseconds()
-{
-    return double(std::clock()) * 1000 / CLOCKS_PER_SEC;
-}
-
-/// The memory that is this process's own, in megabytes.
-double privateMegabytes()
-{
-    QFile rollup(QStringLiteral("/proc/self/smaps_rollup"));
-    double kilobytes = 0;
-    if (rollup.open(QIODevice::ReadOnly)) {
-        for (const QByteArray& line : rollup.readAll().split('\n')) {
-            if (line.startsWith("Private_")) {
-                kilobytes += line.simplified().split(' ').value(1).toDouble();
-            }
-        }
-    }
-    return kilobytes / 1024;
-}
-
-/// From the request for a window to its first frame.
-struct Appearance
-{
-    double milliseconds = 0;
-    double processor = 0;
-};
-
-Appearance appear(const Scene& scene, const Setting& setting, std::unique_ptr<Exhibit>& exhibit)
-{
-    FirstPaint paint;
-    qApp->installEventFilter(&paint);
-    QElapsedTimer timer;
-    timer.start();
-    const double before = processorMilliseconds();
-    exhibit = scene.show({setting.theme, *setting.windows});
-    while (!paint.painted && timer.elapsed() < 5000) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return {double(timer.nsecsElapsed()) / 1e6, processorMilliseconds() - before};
-}
-
-/// Prints for each scene how long it takes from the request for a window to its first frame, in all
-/// and of this program's processor time: once cold, and the median of ten times warm. Then the
-/// memory before the first window, with one open, and after the last.
-int measure(const QString& only)
-{
-    const Setting setting;
-    QTest::qWait(settlingTime);
-    for (const Scene& scene : allScenes()) {
-        if (!scene.name.contains(only)) {
-            continue;
-        }
-        const double before = privateMegabytes();
-        double open = 0;
-        QList<double> times;
-        QList<double> processor;
-        for (int i = 0; i < 11; ++i) {
-            std::unique_ptr<Exhibit> exhibit;
-            const Appearance appearance = appear(scene, setting, exhibit);
-            times.append(appearance.milliseconds);
-            processor.append(appearance.processor);
-            // The window manager and the compositor have to be done with it as well.
-            QTest::qWait(settlingTime);
-            open = privateMegabytes();
-            exhibit.reset();
-            QTest::qWait(settlingTime);
-        }
-        const double cold = times.takeFirst();
-        const double coldProcessor = processor.takeFirst();
-        std::ranges::sort(times);
-        std::ranges::sort(processor);
-        const auto number = [](double value) { return QString::number(value, 'f', 1); };
-        say(QStringLiteral("%1: %2 ms cold (processor %3), %4 ms warm (processor %5); "
-                           "%6 MB before, %7 open, %8 closed")
-                .arg(scene.name, number(cold), number(coldProcessor),
-                     number(times[times.size() / 2]), number(processor[processor.size() / 2]),
-                     number(before), number(open), number(privateMegabytes())));
-    }
-    return 0;
-}
-
 /// Windows with a frame stand where the desktop likes them, which may be half off the backdrop.
 void centre(QWidget& window)
 {
@@ -328,6 +236,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
                 return 1;
             }
             centre(*exhibit->window());
+            exhibit->takeStep();
             QTest::qWait(settlingTime);
             const QString file = QStringLiteral("%1/%2-%3.png")
                                      .arg(folder, scene.name,
@@ -365,7 +274,12 @@ int main(int argc, char** argv)
     arguments.addOption({QStringLiteral("hold"),
                          QStringLiteral("Show one scene until it is closed."),
                          QStringLiteral("name")});
-    arguments.addOption({QStringLiteral("time"), QStringLiteral("Print how fast windows appear.")});
+    arguments.addOption({QStringLiteral("time"),
+                         QStringLiteral("Print how fast one scene appears, in milliseconds."),
+                         QStringLiteral("name")});
+    arguments.addOption({QStringLiteral("frames"),
+                         QStringLiteral("Print what each frame of a moving scene costs."),
+                         QStringLiteral("name")});
     arguments.addOption({QStringLiteral("tray"), QStringLiteral("Show the tray icon.")});
     arguments.addOption({QStringLiteral("busy"), QStringLiteral("Let the tray icon pulse.")});
     arguments.process(application);
@@ -373,11 +287,14 @@ int main(int argc, char** argv)
     language.setValue(QStringLiteral("zv.appLanguage"),
                       arguments.value(QStringLiteral("language")));
     zelvane::installLocalization(&language);
-    if (arguments.isSet(QStringLiteral("hold"))) {
-        return zelvane::gallery::hold(arguments.value(QStringLiteral("hold")));
-    }
-    if (arguments.isSet(QStringLiteral("time"))) {
-        return zelvane::gallery::measure(arguments.value(QStringLiteral("only")));
+    const QList<std::pair<QString, zelvane::gallery::Work>> works{
+        {QStringLiteral("hold"), zelvane::gallery::hold},
+        {QStringLiteral("time"), zelvane::gallery::printAppearance},
+        {QStringLiteral("frames"), zelvane::gallery::printFrames}};
+    for (const auto& [option, work] : works) {
+        if (arguments.isSet(option)) {
+            return zelvane::gallery::withScene(arguments.value(option), work);
+        }
     }
     if (arguments.isSet(QStringLiteral("tray"))) {
         QApplication::setQuitOnLastWindowClosed(false);
