@@ -1,6 +1,7 @@
 #include "settings/AppSettings.h"
 #include "settings/FileUserDefaults.h"
 #include "settings/Localization.h"
+#include "support/FakeSecretBackend.h"
 
 #include <QTemporaryDir>
 
@@ -8,18 +9,6 @@
 
 namespace zelvane {
 namespace {
-
-/// A store without secrets.
-class EmptyBackend final : public SecretBackend
-{
-public:
-    Found find(const QString& /*account*/) override { return {SecretStatus::notFound, {}}; }
-    SecretStatus add(const QString& /*account*/, const QByteArray& /*value*/) override
-    {
-        return SecretStatus::success;
-    }
-    SecretStatus remove(const QString& /*account*/) override { return SecretStatus::notFound; }
-};
 
 /// Ten pairs, each with a shortcut and a prompt of its own, and `foreignKeys` values besides.
 void store(const QString& directory, int foreignKeys)
@@ -46,7 +35,7 @@ void loadSettings(benchmark::State& state)
     store(root.path(), static_cast<int>(state.range(0)));
     for (auto _ : state) {
         FileUserDefaults defaults(root.path());
-        EmptyBackend backend;
+        test::FakeSecretBackend backend;
         SecretStore secrets(defaults, backend);
         const AppSettings settings(defaults, secrets, QStringLiteral("German"));
         benchmark::DoNotOptimize(settings.pairs());
