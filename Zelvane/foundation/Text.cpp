@@ -110,6 +110,29 @@ icu::Locale toIcu(const QLocale& locale)
     return icu::Locale::forLanguageTag(locale.bcp47Name().toStdString(), status);
 }
 
+/// The rules by which lists in `locale` are ordered; null if ICU has none. Making them costs far
+/// more than a comparison, so each thread keeps those that it used last.
+const icu::Collator* collatorOf(const QLocale& locale)
+{
+    struct Kept
+    {
+        QLocale locale;
+        std::unique_ptr<icu::Collator> collator;
+    };
+    thread_local Kept kept;
+    if (!kept.collator || kept.locale != locale) {
+        UErrorCode status = U_ZERO_ERROR;
+        kept = {locale, std::unique_ptr<icu::Collator>(
+                            icu::Collator::createInstance(toIcu(locale), status))};
+        if (U_FAILURE(status)) {
+            kept.collator.reset();
+            return nullptr;
+        }
+        kept.collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    }
+    return kept.collator.get();
+}
+
 template <typename Predicate>
 QStringView trimmedBy(QStringView text, Predicate isTrimmed)
 {
@@ -315,13 +338,11 @@ QString composed(const QString& text)
 
 std::weak_ordering naturalOrder(const QString& left, const QString& right, const QLocale& locale)
 {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::Collator> collator(
-        icu::Collator::createInstance(toIcu(locale), status));
-    if (U_FAILURE(status)) {
+    const icu::Collator* collator = collatorOf(locale);
+    if (!collator) {
         return left.compare(right) <=> 0;
     }
-    collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    UErrorCode status = U_ZERO_ERROR;
     return collator->compare(toIcu(left), toIcu(right), status) <=> 0;
 }
 

@@ -28,6 +28,19 @@ QString labelOf(const GlossaryPackage& package)
     return nameOf(package.source) + QStringLiteral(" → ") + nameOf(package.target);
 }
 
+/// The packages with their labels, in the order in which a reader looks for them.
+QList<std::pair<QString, GlossaryPackage>> inReadingOrder(const QList<GlossaryPackage>& packages)
+{
+    QList<std::pair<QString, GlossaryPackage>> labelled;
+    for (const GlossaryPackage& package : packages) {
+        labelled.append({labelOf(package), package});
+    }
+    std::ranges::sort(labelled, [locale = interfaceLocale()](const auto& left, const auto& right) {
+        return text::naturalOrder(left.first, right.first, locale) < 0;
+    });
+    return labelled;
+}
+
 bool hasData(const GlossaryPackage& package)
 {
     return hasGlossaryData(package.source) && hasGlossaryData(package.target);
@@ -90,11 +103,7 @@ QList<GlossaryPackage> GlossaryDownloadsModel::shownPackages() const
     }
     add(packageOf(system, resolveGlossaryLanguage(QStringLiteral("en-US"))));
     add(m_requestedPackage);
-    QList<GlossaryPackage> installed = m_manager.installedPackages();
-    std::ranges::sort(installed, [](const auto& left, const auto& right) {
-        return text::naturalOrder(labelOf(left), labelOf(right), interfaceLocale()) < 0;
-    });
-    for (const GlossaryPackage& package : installed) {
+    for (const auto& [label, package] : inReadingOrder(m_manager.installedPackages())) {
         add(package);
     }
     return shown;
