@@ -1,5 +1,6 @@
 #include "settings/Localization.h"
 #include "support/Await.h"
+#include "support/TestRunner.h"
 #include "ui/SettingsFixture.h"
 #include "ui/components/LinkLabel.h"
 #include "ui/licenses/ModelLicensesSheet.h"
@@ -96,6 +97,7 @@ protected:
 
 TEST_F(FitTest, everyTextOfTheSettingsHasRoomInEveryLanguage)
 {
+    allowThisTest(std::chrono::seconds(60)); // eighty pages
     use(AIProvider::chatGPT);
     permissionState = State::denied;
     everywhere([this] {
