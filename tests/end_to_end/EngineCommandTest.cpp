@@ -1,14 +1,11 @@
 // The program's own binary, laid out as packaging does, with a file host on loopback.
 
 #include "end_to_end/CommandFixture.h"
+#include "end_to_end/InstalledProgram.h"
 
 #include <gmock/gmock.h>
 
-#include <QDir>
-#include <QDirIterator>
-
 #include <csignal>
-#include <filesystem>
 
 namespace zelvane::test {
 namespace {
@@ -17,90 +14,26 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-/// The size of the model of the engine "fast". Tests serve none of it, or a beginning.
-constexpr qint64 modelSize = 2'716'068'544;
-
 class EngineCommand : public Commands
 {
 protected:
     EngineCommand()
     {
-        layOut();
-        provider.setHandler([](const RecordedRequest&) { return beginning(); });
+        program = layOutProgram(home.filePath(QStringLiteral("prefix")));
+        provider.setHandler([](const RecordedRequest&) { return beginningOfModel(); });
         run({"defaults", "write", "zv.endpoint.modelFiles",
              provider.url().toString().toUtf8().constData()});
     }
 
-    /// 300,000 bytes of the model, and then silence.
-    static Answer beginning()
-    {
-        return Answer()
-            .send("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(modelSize) +
-                  "\r\n\r\n")
-            .flood(300'000)
-            .hold();
-    }
-
-    /// The program with an archive beside it whose server prints a word.
-    void layOut()
-    {
-        namespace fs = std::filesystem;
-        const fs::path prefix = home.filePath(QStringLiteral("prefix")).toStdString();
-        const fs::path resources = prefix / "share/zelvane-desk/llama";
-        fs::create_directories(prefix / "bin");
-        fs::create_directories(resources);
-        program = QString::fromStdString((prefix / "bin/zelvane-desk").string());
-        std::error_code differentDisk;
-        fs::create_hard_link(ZELVANE_PROGRAM, program.toStdString(), differentDisk);
-        if (differentDisk) {
-            fs::copy_file(ZELVANE_PROGRAM, program.toStdString());
-        }
-        const fs::path runtime = prefix / "llama-b10437";
-        fs::create_directories(runtime);
-        QFile server(QString::fromStdString((runtime / "llama-server").string()));
-        ASSERT_TRUE(server.open(QIODevice::WriteOnly));
-        server.write("#!/bin/sh\necho served\n");
-        server.close();
-        fs::create_symlink("llama-server", runtime / "link");
-#ifdef Q_PROCESSOR_ARM_64
-        const char* const archive = "llama-b10437-bin-linux-arm64.tar.gz";
-#else
-        const char* const archive = "llama-b10437-bin-linux-x64.tar.gz";
-#endif
-        const QStringList arguments{QStringLiteral("-czf"),
-                                    QString::fromStdString((resources / archive).string()),
-                                    QStringLiteral("-C"), QString::fromStdString(prefix.string()),
-                                    QStringLiteral("llama-b10437")};
-        ASSERT_EQ(QProcess::execute(QStringLiteral("/usr/bin/tar"), arguments), 0);
-    }
-
-    [[nodiscard]] QString root() const
-    {
-        return home.filePath(QStringLiteral("profile/data/org.zelvane.desk"));
-    }
-    [[nodiscard]] QString engine(const char* inside = "") const
-    {
-        return root() + QStringLiteral("/lmt60-4b/") + QString::fromUtf8(inside);
-    }
-    /// What there is of engines, whole or in parts.
-    [[nodiscard]] QStringList engines() const
-    {
-        return QDir(root()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
-    /// A model of the right size that takes no room on the disk.
-    void putModel() const
-    {
-        QDir().mkpath(engine("model"));
-        QFile model(engine("model/LMT-60-4B.Q4_K_M.gguf"));
-        ASSERT_TRUE(model.open(QIODevice::WriteOnly));
-        ASSERT_TRUE(model.resize(modelSize));
-    }
+    [[nodiscard]] QString engine(const char* inside = "") const { return files.path(inside); }
+    [[nodiscard]] QStringList engines() const { return files.engines(); }
+    void putModel() const { files.putModel(); }
     [[nodiscard]] bool waitForPartial() const
     {
-        return waitUntil([&] {
-            return QFileInfo(engine("model/LMT-60-4B.Q4_K_M.gguf.partial")).size() == 300'000;
-        });
+        return waitUntil([&] { return files.partialSize() == 300'000; });
     }
+
+    FastEngineFiles files{home.filePath(QStringLiteral("profile"))};
 };
 
 TEST_F(EngineCommand, installsListsAndDeletes)

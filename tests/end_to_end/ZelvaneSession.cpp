@@ -18,7 +18,6 @@ using namespace std::chrono_literals;
 /// Less than a test may take, so that what is missing gets a name.
 constexpr auto patience = 8s;
 
-const char* const program = ZELVANE_PROGRAM;
 /// A part of the program's name on the accessibility bus.
 const QString accessibleName = QStringLiteral("elvane");
 
@@ -106,7 +105,7 @@ QStringList ZelvaneSession::withProfile(const QStringList& arguments) const
 
 QByteArray ZelvaneSession::zelvane(const QStringList& arguments)
 {
-    const auto outcome = desktop.run(QString::fromUtf8(program), withProfile(arguments));
+    const auto outcome = desktop.run(program, withProfile(arguments));
     if (outcome.exitCode != 0) {
         giveUp(QString::fromUtf8(outcome.errors));
     }
@@ -127,8 +126,8 @@ void ZelvaneSession::setDefault(const QString& key, const QString& value)
 void ZelvaneSession::start(const QStringList& options)
 {
     m_printed.clear();
-    m_process = &desktop.start(QString::fromUtf8(program),
-                               withProfile(QStringList{QStringLiteral("--report")} + options));
+    m_process =
+        &desktop.start(program, withProfile(QStringList{QStringLiteral("--report")} + options));
     if (!waitUntil([this] { return printed().startsWith("ready\n"); }, patience)) {
         giveUp(QStringLiteral("the program did not get ready; it printed: ") +
                QString::fromUtf8(m_printed));
@@ -328,6 +327,12 @@ QStringList ZelvaneSession::elements()
     return QString::fromUtf8(
                desktop.run(QStringLiteral(ZELVANE_WALK_ACCESSIBLE), {accessibleName}).output)
         .split(u'\n', Qt::SkipEmptyParts);
+}
+
+void ZelvaneSession::openSettings()
+{
+    zelvane({QStringLiteral("show"), QStringLiteral("settings")});
+    waitForWindow(QStringLiteral("^Settings$"));
 }
 
 bool ZelvaneSession::shows(const QString& name, std::chrono::milliseconds limit)

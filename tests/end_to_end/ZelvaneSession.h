@@ -39,6 +39,8 @@ public:
     static constexpr const char* toEnglish = "ctrl+alt+e";
 
     DesktopSession desktop;
+    /// The program's file, the built one at first.
+    QString program = QStringLiteral(ZELVANE_PROGRAM);
     LoopbackHttpServer provider;
     HostedModel hosted{m_clock};
 
@@ -93,6 +95,8 @@ public:
     /// What a screen reader finds in the program's windows: "role\tname", with " *" at what has the
     /// focus. Needs the accessibility bus.
     [[nodiscard]] QStringList elements();
+    /// Opens the settings, and waits for their window.
+    void openSettings();
     /// Waits until the program shows something of this name; false if it doesn't.
     [[nodiscard]] bool shows(const QString& name,
                              std::chrono::milliseconds limit = std::chrono::seconds(5));
