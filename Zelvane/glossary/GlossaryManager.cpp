@@ -5,6 +5,7 @@
 #include "glossary/GlossaryError.h"
 #include "pipeline/Endpoints.h"
 #include "pipeline/TranslationError.h"
+#include "settings/Localization.h"
 
 #include <QFile>
 #include <QPointer>
@@ -25,24 +26,24 @@ QString packagesKey()
 QList<GlossaryPackage> packagesIn(const std::optional<DefaultsValue>& stored)
 {
     const auto* json = stored ? std::get_if<QByteArray>(&*stored) : nullptr;
-    auto packages = decodePackages(json ? *json : QByteArray()).value_or(QList<GlossaryPackage>());
-    sortPackages(packages);
-    return packages;
+    return decodePackages(json ? *json : QByteArray()).value_or(QList<GlossaryPackage>());
 }
 
 QList<GlossaryPackage> storedPackages(const UserDefaults& defaults)
 {
-    return packagesIn(defaults.value(packagesKey()));
+    QList<GlossaryPackage> packages = packagesIn(defaults.value(packagesKey()));
+    sortPackages(packages, interfaceLocale());
+    return packages;
 }
 
 /// The list with the package, or without it.
 DefaultsUpdate withPackage(const GlossaryPackage& package)
 {
-    return [package](const std::optional<DefaultsValue>& stored) {
+    return [package, locale = interfaceLocale()](const std::optional<DefaultsValue>& stored) {
         QList<GlossaryPackage> packages = packagesIn(stored);
         if (!packages.contains(package)) {
             packages += package;
-            sortPackages(packages);
+            sortPackages(packages, locale);
         }
         return encodePackages(packages);
     };

@@ -1,7 +1,6 @@
 #include "glossary/GlossaryPackage.h"
 
 #include "foundation/Text.h"
-#include "settings/Localization.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -59,9 +58,8 @@ bool hasGlossaryData(const GlossaryLanguage& language)
     return glossarySupportedCodes().contains(languageBase(language.code));
 }
 
-void sortPackages(QList<GlossaryPackage>& packages)
+void sortPackages(QList<GlossaryPackage>& packages, const QLocale& locale)
 {
-    const QLocale locale = interfaceLocale();
     std::ranges::sort(packages, [&](const auto& left, const auto& right) {
         return text::naturalOrder(sortText(left), sortText(right), locale) < 0;
     });

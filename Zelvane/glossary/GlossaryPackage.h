@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QLocale>
 #include <QStringList>
 
 #include <array>
@@ -34,8 +35,8 @@ struct GlossaryPackage
 /// Whether dictionaries are published for the language, whatever its region.
 [[nodiscard]] bool hasGlossaryData(const GlossaryLanguage& language);
 
-/// Sorts as readers of the interface's language expect it, by the languages' English names.
-void sortPackages(QList<GlossaryPackage>& packages);
+/// Sorts by the languages' English names, as readers of `locale` expect it.
+void sortPackages(QList<GlossaryPackage>& packages, const QLocale& locale);
 
 /// The stored form: a JSON array of objects with the languages' codes.
 [[nodiscard]] QByteArray encodePackages(const QList<GlossaryPackage>& packages);

@@ -15,8 +15,9 @@ namespace zelvane {
 /// A stored setting with its type.
 using DefaultsValue = std::variant<bool, qint64, double, QString, QByteArray>;
 
-/// Makes the new value, or none, out of the present one, or of none. Runs on any thread, and must
-/// not mind being applied to its own result: "add this to the list" rather than "add one".
+/// Makes the new value, or none, out of the present one, or of none. Runs on any thread. It must
+/// not use the settings, nor the interface language, which is one of them, and not mind being
+/// applied to its own result: "add this to the list" rather than "add one".
 using DefaultsUpdate =
     std::function<std::optional<DefaultsValue>(const std::optional<DefaultsValue>&)>;
 

@@ -3,6 +3,7 @@
 #include "foundation/SystemClock.h"
 #include "http/NetworkHttpTransport.h"
 #include "settings/FileUserDefaults.h"
+#include "settings/Localization.h"
 #include "support/Await.h"
 #include "support/FakeHttpTransport.h"
 #include "support/LoopbackHttpServer.h"
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 namespace zelvane::test {
@@ -535,6 +537,17 @@ TEST_F(TwoGlossaryManagersTest, KeepWhatEachOtherHasInstalled)
     program.install(germanEnglish);
     EXPECT_EQ(stored(), (QList{frenchEnglish, germanEnglish}));
     EXPECT_TRUE(program.manager.isInstalled(frenchEnglish));
+}
+
+TEST_F(TwoGlossaryManagersTest, SortTheirListInTheLanguageThatTheSettingsName)
+{
+    Process program(root.path(), published);
+    installLocalization(&program.defaults);
+    const auto restore = qScopeGuard([] { installLocalization(nullptr); });
+    program.install(germanEnglish);
+    program.install(frenchEnglish);
+    EXPECT_EQ(program.manager.installedPackages(), (QList{frenchEnglish, germanEnglish}));
+    EXPECT_EQ(stored(), (QList{frenchEnglish, germanEnglish}));
 }
 
 TEST_F(TwoGlossaryManagersTest, BringNothingBackThatTheOtherHasDeleted)

@@ -54,7 +54,7 @@ TEST(GlossaryPackageTest, SortsByTheNamesOfTheLanguages)
     QList<GlossaryPackage> packages{package("sv", "de"), package("en-US", "fr"),
                                     package("en-GB", "zh"), package("en-US", "bg"),
                                     package("bg", "pl")};
-    sortPackages(packages);
+    sortPackages(packages, QLocale(QLocale::English));
     QStringList names;
     for (const GlossaryPackage& one : packages) {
         names += one.source.name + u'>' + one.target.name;
