@@ -378,6 +378,26 @@ TEST_F(SettingsTest, glossariesOfOtherProcessesShowWhenTheirPageDoes)
     }));
 }
 
+TEST_F(SettingsTest, tabGoesThroughTheLanguagesThatAreThereFromTheTopDown)
+{
+    open(SettingsCategory::languages);
+    view->resize(820, 2000);
+    QCoreApplication::processEvents();
+    const QWidget* page = view->pageOf(SettingsCategory::languages);
+    view->rowOf(SettingsCategory::languages).setFocus();
+    int y = 0;
+    for (int i = 0; i < 12; ++i) {
+        QTest::keyClick(view.get(), Qt::Key_Tab);
+        const QWidget* now = view->focusWidget();
+        if (page->isAncestorOf(now)) {
+            const int middle = now->mapTo(view.get(), now->rect().center()).y();
+            EXPECT_GE(middle, y - 2) << qPrintable(now->accessibleName());
+            y = middle;
+        }
+    }
+    EXPECT_GT(y, 0);
+}
+
 TEST_F(SettingsTest, tellWhenTheyComeAndGo)
 {
     int appeared = 0;

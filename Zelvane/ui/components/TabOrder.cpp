@@ -28,6 +28,12 @@ void collect(QWidget& widget, QWidgetList& controls)
     }
     if (const QLayout* layout = widget.layout()) {
         collect(*layout, controls);
+        return;
+    }
+    for (QWidget* child : widget.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (!child->isWindow()) {
+            collect(*child, controls);
+        }
     }
 }
 
@@ -37,6 +43,14 @@ void tabInReadingOrder(QWidget& root)
 {
     QWidgetList controls;
     collect(root, controls);
+    if (controls.isEmpty()) {
+        return;
+    }
+    // The chain is a ring: without its beginning it might begin anywhere.
+    const Qt::FocusPolicy policy = root.focusPolicy();
+    root.setFocusPolicy(Qt::TabFocus); // Qt moves nothing behind what can't have the focus
+    QWidget::setTabOrder(&root, controls.first());
+    root.setFocusPolicy(policy);
     for (qsizetype i = 1; i < controls.size(); ++i) {
         QWidget::setTabOrder(controls[i - 1], controls[i]);
     }

@@ -5,6 +5,7 @@
 #include "settings/Localization.h"
 #include "ui/components/Observe.h"
 #include "ui/components/Styling.h"
+#include "ui/components/TabOrder.h"
 #include "ui/sheets/APIKeyEditSheet.h"
 #include "ui/sheets/PromptEditSheet.h"
 
@@ -229,6 +230,7 @@ void TranslationPage::showEngine()
     if (variant) {
         m_engine = new EngineRows(theme(), m_services.engine(*variant));
         m_providerSection->card().addRow(m_engine);
+        tabInReadingOrder(*this);
     }
 }
 
