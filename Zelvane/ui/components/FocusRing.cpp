@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QFocusEvent>
+#include <QKeyEvent>
 
 namespace zelvane {
 
@@ -13,6 +14,13 @@ constexpr double ringWidth = 2;
 /// The gap between the widget and its ring.
 constexpr double ringGap = 1.5;
 constexpr int ringReach = 4;
+
+/// The last key press may have found no other control to go to.
+bool isTab(const QKeyEvent& event)
+{
+    const bool isPlain = (event.modifiers() & ~Qt::ShiftModifier) == Qt::NoModifier;
+    return isPlain && (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab);
+}
 
 bool cameFromKeyboard(Qt::FocusReason reason)
 {
@@ -61,6 +69,14 @@ bool FocusRing::eventFilter(QObject* watched, QEvent* event)
         if (widget && parentWidget()->isAncestorOf(widget) &&
             reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
             follow(cameFromKeyboard(reason) ? widget : nullptr);
+        }
+        break;
+    }
+    case QEvent::KeyRelease: {
+        auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && widget->hasFocus() && parentWidget()->isAncestorOf(widget) &&
+            isTab(*static_cast<QKeyEvent*>(event))) {
+            follow(widget);
         }
         break;
     }

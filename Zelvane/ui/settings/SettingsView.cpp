@@ -11,6 +11,7 @@
 #include "ui/settings/LanguagesPage.h"
 #include "ui/settings/TranslationPage.h"
 
+#include <QAccessibleWidget>
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -25,6 +26,13 @@ namespace {
 /// Long words and large letters make it wider.
 constexpr int leastSidebarWidth = 210;
 
+/// Qt takes a window of its own for a mere container.
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
+    auto* view = qobject_cast<SettingsView*>(object);
+    return view ? new QAccessibleWidget(view, QAccessible::Window) : nullptr;
+}
+
 } // namespace
 
 SettingsView::SettingsView(const Theme& theme, SettingsServices& services, Clock& clock)
@@ -38,6 +46,8 @@ SettingsView::SettingsView(const Theme& theme, SettingsServices& services, Clock
     , m_bannerButton(new TextButton(theme, ControlKind::bordered))
     , m_stack(new QStackedWidget)
 {
+    [[maybe_unused]] static const bool installed =
+        (QAccessible::installFactory(makeAccessible), true);
     setObjectName(SettingsWindow::identifier());
     setAttribute(Qt::WA_QuitOnClose, false);
     auto* row = new QHBoxLayout(this);
@@ -70,6 +80,7 @@ QWidget* SettingsView::makeSidebar()
     for (const SettingsCategory category : allSettingsCategories) {
         auto* entry = new ListRow(m_theme, title(category));
         entry->setCheckable(true);
+        entry->setAutoExclusive(true); // what screen readers take for a choice of one
         entry->setSymbol(sidebarSymbol(category));
         group->addButton(entry);
         column->addWidget(entry);
