@@ -15,8 +15,8 @@ import sys
 from accessibility_bus import ENABLED, SHOWING, connect, windows_of, within_limit
 
 # They may bear the name of a control, but nobody acts on them.
-PASSIVE = {"label", "filler", "frame", "dialog", "alert", "panel", "graphic", "scroll pane",
-           "progress bar"}
+PASSIVE = {"label", "filler", "frame", "window", "dialog", "alert", "panel", "graphic",
+           "scroll pane", "progress bar"}
 
 
 def usable(element, states, wanted):
