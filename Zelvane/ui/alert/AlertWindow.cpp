@@ -1,5 +1,6 @@
 #include "ui/alert/AlertWindow.h"
 
+#include "ui/components/Styling.h"
 #include "ui/components/TextMeasure.h"
 #include "ui/components/TextWell.h"
 #include "ui/style/Symbols.h"
@@ -46,15 +47,14 @@ AlertWindow::AlertWindow(const Alert& alert, const Theme& theme, WindowSystem& w
 
     auto* content = new QWidget;
     m_layout = new QVBoxLayout(content);
-    m_layout->addLayout(makeMessage());
+    arrangeMessage();
     m_layout->addWidget(m_buttonArea);
     setContent(content);
     addButtons(alert.buttons);
 
     connect(this, &TranslatorKeyablePanel::closeRequested, this,
             [this] { Q_EMIT answered(int(m_buttons.size()) - 1); });
-    connect(&theme, &Theme::changed, this, &AlertWindow::restyle);
-    restyle();
+    keepStyled(*this, theme, [this] { restyle(); });
 }
 
 QWidget* AlertWindow::makeInformation(const Alert& alert)
@@ -77,22 +77,15 @@ QWidget* AlertWindow::makeInformation(const Alert& alert)
     return label;
 }
 
-QLayout* AlertWindow::makeMessage()
+void AlertWindow::arrangeMessage()
 {
-    auto* words = new QVBoxLayout;
-    words->setContentsMargins(0, 0, 0, 0);
-    const bool boxed = qobject_cast<TextWell*>(m_information);
-    const SpacingTokens spacing = m_theme.tokens().spacing();
-    words->setSpacing(qRound(boxed ? spacing.md : spacing.sm - 2));
-    words->addWidget(m_message);
-    words->addWidget(m_information);
-
-    auto* row = new QHBoxLayout;
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(qRound(m_theme.tokens().spacing().lg));
-    row->addWidget(m_symbol, 0, Qt::AlignTop);
-    row->addLayout(words, 1);
-    return row;
+    m_words = new QVBoxLayout;
+    m_words->addWidget(m_message);
+    m_words->addWidget(m_information);
+    m_row = new QHBoxLayout;
+    m_row->addWidget(m_symbol, 0, Qt::AlignTop);
+    m_row->addLayout(m_words, 1);
+    m_layout->addLayout(m_row);
 }
 
 void AlertWindow::addButtons(const QStringList& titles)
@@ -158,12 +151,15 @@ void AlertWindow::restyle()
     const int padding = qRound(m_theme.tokens().sheets().padding);
     m_layout->setContentsMargins(padding, padding, padding, padding);
     m_layout->setSpacing(0);
+    const SpacingTokens spacing = m_theme.tokens().spacing();
+    m_row->setSpacing(qRound(spacing.lg));
+    const bool boxed = qobject_cast<TextWell*>(m_information);
+    m_words->setSpacing(qRound(boxed ? spacing.md : spacing.xs));
     m_symbol->setPixmap(symbolPixmap(QStringLiteral("exclamationmark.triangle.fill"),
                                      m_theme.colors().warning, symbolSide, devicePixelRatioF()));
     arrangeButtons();
     const int width = alertWidth(m_theme);
-    m_layout->activate();
-    setContentSize({width, m_layout->totalHeightForWidth(width)});
+    setContentSize({width, fittingHeight(*m_layout->parentWidget(), width)});
 }
 
 } // namespace zelvane

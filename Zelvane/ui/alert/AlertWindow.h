@@ -7,7 +7,7 @@
 
 #include <QList>
 
-class QLayout;
+class QHBoxLayout;
 
 namespace zelvane {
 
@@ -33,7 +33,7 @@ protected:
 
 private:
     [[nodiscard]] QWidget* makeInformation(const Alert& alert);
-    [[nodiscard]] QLayout* makeMessage();
+    void arrangeMessage();
     void addButtons(const QStringList& titles);
     void arrangeButtons();
     void restyle();
@@ -41,6 +41,8 @@ private:
     const Theme& m_theme;
     // All widgets are owned by Qt's tree.
     QVBoxLayout* m_layout = nullptr;
+    QHBoxLayout* m_row = nullptr;
+    QVBoxLayout* m_words = nullptr;
     QLabel* m_symbol;
     ThemedLabel* m_message;
     QWidget* m_information;

@@ -25,6 +25,7 @@ SlimScrollBar::SlimScrollBar(const Theme& theme, QWidget* parent)
 
 void SlimScrollBar::follow(QScrollBar& inner)
 {
+    m_inner = &inner;
     const auto adopt = [this, &inner] {
         setRange(inner.minimum(), inner.maximum());
         setPageStep(inner.pageStep());
@@ -40,6 +41,15 @@ void SlimScrollBar::follow(QScrollBar& inner)
 QSize SlimScrollBar::sizeHint() const
 {
     return {barWidth, barWidth};
+}
+
+void SlimScrollBar::initStyleOption(QStyleOptionSlider* option) const
+{
+    QScrollBar::initStyleOption(option);
+    // No signal tells when the page changes, and it does so after the range.
+    if (m_inner) {
+        option->pageStep = m_inner->pageStep();
+    }
 }
 
 QRect SlimScrollBar::handleRect() const

@@ -2,6 +2,7 @@
 
 #include "ui/style/Theme.h"
 
+#include <QPointer>
 #include <QScrollBar>
 
 namespace zelvane {
@@ -22,12 +23,14 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
+    void initStyleOption(QStyleOptionSlider* option) const override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     [[nodiscard]] QRect handleRect() const;
 
     const Theme& m_theme;
+    QPointer<QScrollBar> m_inner;
 };
 
 } // namespace zelvane

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QFontMetrics>
+#include <QLayout>
 
 #include <utility>
 
@@ -62,6 +63,22 @@ void prepareControl(QWidget& widget, const Theme& theme, std::function<double()>
 void prepareControl(QWidget& widget, const Theme& theme)
 {
     prepareControl(widget, theme, [&theme] { return theme.tokens().controlRadius(); });
+}
+
+int fittingHeight(const QWidget& widget, int width)
+{
+    // From the inside out: a layout hears of a change in a widget's own layout only when that one
+    // has been activated, which Qt puts off.
+    const QList<QWidget*> inner = widget.findChildren<QWidget*>();
+    for (auto child = inner.rbegin(); child != inner.rend(); ++child) {
+        if (QLayout* layout = (*child)->layout()) {
+            layout->activate();
+        }
+    }
+    QLayout* layout = widget.layout();
+    layout->activate();
+    return layout->hasHeightForWidth() ? layout->totalHeightForWidth(width)
+                                       : layout->totalSizeHint().height();
 }
 
 int controlHeight(const Theme& theme)

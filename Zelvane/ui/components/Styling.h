@@ -27,6 +27,10 @@ void prepareControl(QWidget& widget, const Theme& theme, std::function<double()>
 /// The same, with the corners of the token `controlRadius`.
 void prepareControl(QWidget& widget, const Theme& theme);
 
+/// The height that `widget`, which has a layout, needs at this width, with all that has just been
+/// changed in it.
+[[nodiscard]] int fittingHeight(const QWidget& widget, int width);
+
 /// The height of controls of one line, so that they line up beside one another.
 [[nodiscard]] int controlHeight(const Theme& theme);
 

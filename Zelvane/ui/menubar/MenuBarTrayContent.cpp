@@ -156,10 +156,7 @@ bool MenuBarTrayContent::event(QEvent* event)
 QSize MenuBarTrayContent::fittingSize() const
 {
     const int width = qRound(std::max(m_theme.tokens().tray().width, leastWidth));
-    m_layout->activate();
-    const int height = m_layout->hasHeightForWidth() ? m_layout->totalHeightForWidth(width)
-                                                     : m_layout->totalSizeHint().height();
-    return {width, height};
+    return {width, fittingHeight(*this, width)};
 }
 
 } // namespace zelvane

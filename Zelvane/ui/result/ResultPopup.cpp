@@ -1,6 +1,7 @@
 #include "ui/result/ResultPopup.h"
 
 #include "settings/Localization.h"
+#include "ui/components/Styling.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -49,7 +50,6 @@ ResultPopup::ResultPopup(const Theme& theme, WindowSystem& windows, WindowOrigin
         QMetaObject::invokeMethod(this, &ResultPopup::resizeTranslationResult,
                                   Qt::QueuedConnection);
     });
-    connect(&theme, &Theme::changed, this, &ResultPopup::fitContent);
 }
 
 ResultPopup::~ResultPopup() = default;
@@ -64,7 +64,6 @@ void ResultPopup::presentTranslationResult(const QString& original, const QStrin
     m_loan = loan;
 
     build({original, translated, diagnostics});
-    fitContent();
     const QSize size = m_panel->panelFrame().size();
     if (const auto origin =
             m_origins.loadWindowOrigin(WindowKind::result, size.width(), size.height())) {
@@ -123,6 +122,7 @@ void ResultPopup::build(TranslationResult result)
             &ResultPopup::closeTranslationResult);
     connect(m_view, &TranslationResultView::closeRequested, this,
             &ResultPopup::closeTranslationResult);
+    keepStyled(*m_view, m_theme, [this] { fitContent(); });
 }
 
 void ResultPopup::dismiss()
@@ -150,7 +150,7 @@ void ResultPopup::fitContent()
     const int width = resultWidth(size, m_theme.tokens().sheets());
     m_view->setSectionHeight(resultSectionHeight(size));
     m_panel->setContentSize({width, initialHeight});
-    int height = std::max(m_view->fittingHeight(width), minimalResultHeight);
+    int height = std::max(fittingHeight(*m_view, width), minimalResultHeight);
     if (const auto available = m_origins.availableSize()) {
         height = std::min(height, qRound(available->height()));
     }

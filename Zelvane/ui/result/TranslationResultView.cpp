@@ -2,6 +2,7 @@
 
 #include "settings/Localization.h"
 #include "ui/components/Observe.h"
+#include "ui/components/Styling.h"
 #include "ui/components/WindowDragHandle.h"
 #include "ui/style/Symbols.h"
 
@@ -49,9 +50,8 @@ TranslationResultView::TranslationResultView(TranslationResultModel& model, cons
 
     connect(m_close, &QAbstractButton::clicked, this, &TranslationResultView::closeRequested);
     connect(m_copy, &QAbstractButton::clicked, &model, &TranslationResultModel::copy);
-    connect(&theme, &Theme::changed, this, &TranslationResultView::restyle);
     retranslate();
-    restyle();
+    keepStyled(*this, theme, [this] { restyle(); });
     observe(this, model.bindableCopied(), [this](bool) { showCopied(); });
 }
 
@@ -92,12 +92,6 @@ void TranslationResultView::setSectionHeight(int height)
 {
     m_original->setMaximumSectionHeight(height);
     m_translated->setMaximumSectionHeight(height);
-}
-
-int TranslationResultView::fittingHeight(int width) const
-{
-    m_layout->activate();
-    return m_layout->totalHeightForWidth(width);
 }
 
 void TranslationResultView::focusTranslation()

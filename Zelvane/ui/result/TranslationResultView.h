@@ -24,9 +24,6 @@ public:
     /// The height beyond which each text scrolls, in device-independent pixels.
     void setSectionHeight(int height);
 
-    /// The height at which nothing scrolls that needn't.
-    [[nodiscard]] int fittingHeight(int width) const;
-
     /// Puts the keyboard where the arrow keys scroll the translation.
     void focusTranslation();
 
