@@ -357,6 +357,19 @@ TEST_F(ManualTranslationWindowTest, savesItsPlaceWhenItMovesAndAgainWhenItCloses
     EXPECT_EQ(saved("zv.manualWindow.originY"), 120);
 }
 
+TEST_F(ManualTranslationWindowTest, twoHundredOpeningsLeaveNothingBehind)
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto windowsBefore = QApplication::topLevelWidgets().size();
+    for (int i = 0; i < 200; ++i) {
+        window.showManualTranslationWindow();
+        view().translateButton().click();
+        window.closeManualTranslationWindow();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), windowsBefore);
+}
+
 TEST_F(ManualTranslationWindowTest, everyControlHasAName)
 {
     open();

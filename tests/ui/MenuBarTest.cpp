@@ -230,6 +230,23 @@ TEST_F(MenuBarTest, panelHasTheStatusThePairsAndTheirShortcuts)
     EXPECT_EQ(controller.panel()->findChildren<Divider*>().size(), 1);
 }
 
+TEST_F(MenuBarTest, aMissingShortcutIsFainterThanAShortcut)
+{
+    MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());
+    controller.togglePanel();
+    const auto colorOf = [&](const QString& text) {
+        for (const QLabel* label : controller.panel()->findChildren<QLabel*>()) {
+            if (label->text() == text) {
+                return label->palette().color(QPalette::WindowText);
+            }
+        }
+        return QColor();
+    };
+    EXPECT_EQ(colorOf(QStringLiteral("⌃⌥D")), theme.colors().secondaryText);
+    EXPECT_EQ(colorOf(QStringLiteral("—")), theme.colors().tertiaryText);
+    EXPECT_EQ(colorOf(QStringLiteral("Ready")), theme.colors().secondaryText);
+}
+
 TEST_F(MenuBarTest, panelFollowsTheStatusAndThePairsWhileItIsOpen)
 {
     MenuBarController controller(model, theme, clock, &app.trayAvailable, actions());

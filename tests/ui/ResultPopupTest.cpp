@@ -174,6 +174,35 @@ TEST_F(ResultPopupTest, longTextsKeepTheSectionLimitAndScroll)
     EXPECT_GT(panel()->panelFrame().height(), 280);
 }
 
+TEST_F(ResultPopupTest, showsAMegabyteOfAnythingWithinItsLimits)
+{
+    const QString control = QStringLiteral("\u202Etfel\u202C \u2067x\u2069") + QChar(0xDC00) +
+                            QChar(u'\0') + QStringLiteral("word ");
+    const QString text = control.repeated(1'000'000 / control.size());
+    QGuiApplication::clipboard()->clear();
+    present(text, text);
+    EXPECT_EQ(panel()->panelFrame().width(), 520);
+    for (TextWell* well : wells()) {
+        EXPECT_EQ(well->height(), 140);
+        EXPECT_TRUE(well->text() == text);
+    }
+    QTest::mouseClick(copyButton(), Qt::LeftButton);
+    EXPECT_TRUE(QGuiApplication::clipboard()->text() == text);
+}
+
+TEST_F(ResultPopupTest, twoHundredOfThemLeaveNothingBehind)
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto windowsBefore = QApplication::topLevelWidgets().size();
+    for (int i = 0; i < 200; ++i) {
+        popup.presentTranslationResult(QStringLiteral("Hello"), QStringLiteral("Hallo"), {});
+        popup.closeTranslationResult();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), windowsBefore);
+    EXPECT_EQ(popup.findChildren<QObject*>().size(), 0);
+}
+
 TEST_F(ResultPopupTest, isAsWideAsTheChosenSizeAndTheTokenSay)
 {
     settings.setResultWindowSize(TranslationWindowSize::large);

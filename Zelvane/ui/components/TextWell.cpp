@@ -152,7 +152,9 @@ QString TextWell::text() const
 bool TextWell::isBlank() const
 {
     for (QTextBlock block = m_editor->document()->begin(); block.isValid(); block = block.next()) {
-        if (!text::isBlank(withParagraphsJoined(block.text()))) {
+        // A block's end counts as a character. There may be a million empty ones.
+        const bool isEmpty = block.length() <= 1;
+        if (!isEmpty && !text::isBlank(withParagraphsJoined(block.text()))) {
             return false;
         }
     }
