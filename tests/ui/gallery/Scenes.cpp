@@ -197,6 +197,7 @@ public:
     MenuExhibit(const Stage& stage, const QList<LanguagePair>& pairs)
         : TrayExhibit(stage, pairs)
     {
+        state().status = localizedText(QStringLiteral("Ready"));
         controller().menu().popup({200, 200});
         controller().menu().setActiveAction(controller().menu().actions().constLast());
     }
@@ -275,6 +276,19 @@ Scene copiedScene()
             }};
 }
 
+/// The tray's panel with the pointer on a button and the keyboard on another one.
+Scene handsScene()
+{
+    return {QStringLiteral("tray-hands"), [](const Stage& stage) {
+                auto exhibit = std::make_unique<TrayPanelExhibit>(
+                    stage, somePairs(), localizedText(QStringLiteral("Ready")), false);
+                MenuBarTrayContent& content = exhibit->controller().panel()->content();
+                content.quitButton().setAttribute(Qt::WA_UnderMouse);
+                content.settingsButton().setFocus(Qt::TabFocusReason);
+                return exhibit;
+            }};
+}
+
 /// With the keyboard's focus after `tabs` presses of the Tab key.
 Scene focusScene(const QString& name, int tabs)
 {
@@ -321,6 +335,7 @@ QList<Scene> allScenes()
         trayScene(QStringLiteral("none"), {}, localizedText(QStringLiteral("Ready"))),
         trayScene(QStringLiteral("ten"), tenPairs(),
                   localizedText(QStringLiteral("⌥\u2011menu: waiting for Accessibility…"))),
+        handsScene(),
         popupScene(QStringLiteral("short"), texts::shortEnglish(), texts::shortGerman()),
         copiedScene(),
         focusScene(QStringLiteral("copy"), 1),

@@ -81,7 +81,8 @@ int surroundings(const Scene& scene)
 
 QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
 {
-    const QRect area = window.frameGeometry().adjusted(-around, -around, around, around);
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    const QRect area = window.frameGeometry().adjusted(-around, -around, around, around) & screen;
     if (QGuiApplication::platformName() == QStringLiteral("xcb")) {
         return QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(),
                                                             area.height());
