@@ -61,12 +61,15 @@ QSize ThemedLabel::minimumSizeHint() const
 
 void ThemedLabel::paintEvent(QPaintEvent* event)
 {
-    if (!m_elides) {
+    const QString shown =
+        m_elides ? fontMetrics().elidedText(text(), Qt::ElideRight, width()) : text();
+    if (m_elides) {
+        setToolTip(shown == text() ? QString() : text());
+    }
+    if (shown == text()) {
         QLabel::paintEvent(event);
         return;
     }
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width());
-    setToolTip(shown == text() ? QString() : text());
     QPainter painter(this);
     painter.setPen(palette().color(QPalette::WindowText));
     const auto place = QStyle::visualAlignment(layoutDirection(), alignment());

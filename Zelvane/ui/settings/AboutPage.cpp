@@ -53,6 +53,7 @@ AboutPage::AboutPage(const Theme& theme, SettingsServices& services)
     , m_licenses(new TextButton(theme, ControlKind::bordered))
 {
     m_version->addControl(m_versionText);
+    m_installIdText->setElides(true);
     m_installIdText->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_installId->addControl(m_installIdText);
     m_installId->addControl(m_copy);

@@ -13,6 +13,7 @@ SettingsPage::SettingsPage(const Theme& theme, SettingsCategory category)
     , m_title(new ThemedLabel(theme, &TypographyTokens::sheetTitle, TextTone::primary))
     , m_subtitle(new ThemedLabel(theme, &TypographyTokens::bodyHint, TextTone::secondary))
 {
+    m_title->setWordWrap(true);
     m_subtitle->setWordWrap(true);
     auto* head = new QVBoxLayout;
     head->setSpacing(2);

@@ -1,6 +1,7 @@
 // Shows each window of the program in each state, with made-up texts, and saves what it looks like.
 //
 // zelvane_gallery --out DIR [--scheme light|dark|both] [--only PART-OF-A-NAME] [--language CODE]
+//                 [--points SIZE-OF-THE-LETTERS]
 // zelvane_gallery --hold NAME     shows one window and ends when it is closed
 // zelvane_gallery --time NAME     prints how fast a window appears, --frames NAME how fast it moves
 //                                 (bench/windows)
@@ -272,6 +273,8 @@ int main(int argc, char** argv)
     arguments.addOption({QStringLiteral("language"),
                          QStringLiteral("The interface's language, as it is stored: de, hi."),
                          QStringLiteral("language"), QStringLiteral("en")});
+    arguments.addOption({QStringLiteral("points"), QStringLiteral("The size of the letters."),
+                         QStringLiteral("points")});
     arguments.addOption({QStringLiteral("hold"),
                          QStringLiteral("Show one scene until it is closed."),
                          QStringLiteral("name")});
@@ -284,6 +287,11 @@ int main(int argc, char** argv)
     arguments.addOption({QStringLiteral("tray"), QStringLiteral("Show the tray icon.")});
     arguments.addOption({QStringLiteral("busy"), QStringLiteral("Let the tray icon pulse.")});
     arguments.process(application);
+    if (arguments.isSet(QStringLiteral("points"))) {
+        QFont font = QApplication::font();
+        font.setPointSizeF(arguments.value(QStringLiteral("points")).toDouble());
+        QApplication::setFont(font);
+    }
     zelvane::OverlayUserDefaults language;
     language.setValue(QStringLiteral("zv.appLanguage"),
                       arguments.value(QStringLiteral("language")));
