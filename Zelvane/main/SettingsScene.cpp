@@ -123,6 +123,7 @@ struct SettingsScene::Parts
                     return core.onlineEngines().hosted().installId(std::move(stop));
                 },
             .writeToClipboard = copyText,
+            .languageChosen = [&links] { links.model.refreshStatusText(); },
             .buildNumber = QStringLiteral(ZELVANE_BUILD_NUMBER),
         };
     }

@@ -413,6 +413,8 @@ TEST_F(SettingsTest, tellWhenTheyComeAndGo)
 
 TEST_F(SettingsTest, theLanguageOfTheInterfaceIsChosenBelowTheCategories)
 {
+    QList<AppLanguage> chosen;
+    services.languageChosen = [&] { chosen += settings.appLanguage(); };
     open();
     Picker& picker = view->languagePicker();
     EXPECT_TRUE(shows(QStringLiteral("App Language")));
@@ -427,6 +429,7 @@ TEST_F(SettingsTest, theLanguageOfTheInterfaceIsChosenBelowTheCategories)
     EXPECT_EQ(settings.appLanguage(), AppLanguage::german);
     EXPECT_EQ(defaults.string(QStringLiteral("zv.appLanguage")), QStringLiteral("de"));
     EXPECT_EQ(picker.valueText(), QStringLiteral("Deutsch"));
+    EXPECT_THAT(chosen, ElementsAre(AppLanguage::german));
 }
 
 TEST_F(SettingsTest, theBannerSaysWhatIsMissing)

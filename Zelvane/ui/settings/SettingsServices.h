@@ -55,6 +55,8 @@ struct SettingsServices
     std::function<void()> resetWindowLocations;
     std::function<QCoro::Task<QString>(std::stop_token)> installId;
     std::function<void(const QString&)> writeToClipboard;
+    /// The user has chosen another language of the interface, which is stored already.
+    std::function<void()> languageChosen = [] {};
     /// Tells builds of one version apart; empty if nobody counts them.
     QString buildNumber = {}; // NOLINT(readability-redundant-member-init)
 };

@@ -92,6 +92,7 @@ QWidget* SettingsView::makeSidebar()
     column->addWidget(m_language);
     connect(m_language, &Picker::activated, this, [this](int index) {
         m_services.settings.setAppLanguage(allAppLanguages.at(std::size_t(index)));
+        m_services.languageChosen();
     });
     observe(m_language, m_services.settings.bindableAppLanguage(),
             [this](AppLanguage language) { m_language->setCurrentIndex(int(language)); });
