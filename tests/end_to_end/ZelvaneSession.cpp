@@ -148,6 +148,10 @@ void ZelvaneSession::quit()
     if (!waitUntil([this] { return m_process->state() == QProcess::NotRunning; }, patience)) {
         giveUp(QStringLiteral("the program did not quit"));
     }
+    if (m_process->exitStatus() != QProcess::NormalExit || m_process->exitCode() != 0) {
+        giveUp(QStringLiteral("the program did not end well: ") +
+               QString::fromUtf8(m_process->readAllStandardError()));
+    }
 }
 
 QByteArray ZelvaneSession::waitForReport(int run)

@@ -53,7 +53,7 @@ public:
     void start(const QStringList& options = {});
     /// What the running program has printed so far.
     [[nodiscard]] QByteArray printed();
-    /// Asks the program to quit, as a session's end does, and waits for it.
+    /// Asks the program to quit, as a session's end does, and waits for it. Throws if it crashes.
     void quit();
     [[nodiscard]] QProcess& process() { return *m_process; }
 
