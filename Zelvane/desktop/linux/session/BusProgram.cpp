@@ -15,6 +15,9 @@ namespace zelvane {
 
 namespace {
 
+/// For the bus itself to answer.
+constexpr std::chrono::seconds patienceWithBus{1};
+
 RunningProgramError notRunning()
 {
     return RunningProgramError(
@@ -120,6 +123,22 @@ QCoro::Task<QDBusMessage> BusProgram::send(QDBusMessage call, std::chrono::milli
         throw RunningProgramError(
             QStringLiteral("there is no session bus, so Zelvane Desk can't be reached"));
     }
+    const QDBusMessage reply = co_await ask(std::move(call), limit, stop);
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        // Qt's thread for the bus tells of a failure twice. The process may end with the first
+        // time, and must not take away what the second one is made of.
+        QDBusMessage ping = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+            QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+        co_await ask(std::move(ping), patienceWithBus, stop);
+        throw failureOf(reply);
+    }
+    co_return reply;
+}
+
+QCoro::Task<QDBusMessage> BusProgram::ask(QDBusMessage call, std::chrono::milliseconds limit,
+                                          std::stop_token stop)
+{
     const Completion<QDBusMessage> answer;
     auto* watcher =
         new QDBusPendingCallWatcher(m_bus.asyncCall(call, int(limit.count())), &m_calls);
@@ -128,11 +147,7 @@ QCoro::Task<QDBusMessage> BusProgram::send(QDBusMessage call, std::chrono::milli
         answer.succeed(watcher->reply());
     });
     const std::stop_callback onStop(stop, [answer] { answer.fail(CancellationError()); });
-    const QDBusMessage reply = co_await answer.result();
-    if (reply.type() != QDBusMessage::ReplyMessage) {
-        throw failureOf(reply);
-    }
-    co_return reply;
+    co_return co_await answer.result();
 }
 
 } // namespace zelvane

@@ -42,6 +42,9 @@ private:
     /// The answer, or a `RunningProgramError`.
     [[nodiscard]] QCoro::Task<QDBusMessage> send(QDBusMessage call, std::chrono::milliseconds limit,
                                                  std::stop_token stop);
+    /// The answer, which may be an error.
+    [[nodiscard]] QCoro::Task<QDBusMessage> ask(QDBusMessage call, std::chrono::milliseconds limit,
+                                                std::stop_token stop);
 
     QDBusConnection m_bus;
     QString m_instance;
