@@ -142,11 +142,11 @@ TEST_F(EngineWindow, showsWhatACommandDoesToTheEngine)
     closeSettings();
     session.zelvane({QStringLiteral("engine"), QStringLiteral("install"), QStringLiteral("fast")});
     session.openSettings();
-    EXPECT_TRUE(session.shows(ready));
+    EXPECT_TRUE(session.shows(ready)) << words();
     closeSettings();
     session.zelvane({QStringLiteral("engine"), QStringLiteral("delete"), QStringLiteral("fast")});
     session.openSettings();
-    EXPECT_TRUE(session.shows(notInstalled));
+    EXPECT_TRUE(session.shows(notInstalled)) << words();
 }
 
 TEST_F(EngineWindow, aCommandCancelsItsInstallation)

@@ -6,6 +6,7 @@
 #include "ui/settings/EngineProgressLines.h"
 #include "ui/settings/SettingsPage.h"
 
+#include <QEvent>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -55,9 +56,17 @@ EngineRows::EngineRows(const Theme& theme, EngineControls controls)
     connect(m_delete, &QAbstractButton::clicked, this, [this] { m_controls.deleteEngine(); });
     connect(m_progress, &ProgressRow::cancelRequested, this,
             [this] { m_controls.cancelInstall(); });
-    refresh();
     keepTranslated(*this, [this] { update(); });
     watch();
+}
+
+bool EngineRows::event(QEvent* event)
+{
+    // Commands install and delete engines as well.
+    if (event->type() == QEvent::Show || event->type() == QEvent::WindowActivate) {
+        m_controls.refresh();
+    }
+    return QWidget::event(event);
 }
 
 void EngineRows::watch()

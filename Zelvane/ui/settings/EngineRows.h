@@ -28,12 +28,12 @@ public:
     /// `theme` must outlive the rows.
     EngineRows(const Theme& theme, EngineControls controls);
 
-    /// Looks anew at what is installed.
-    void refresh() { m_controls.refresh(); }
-
     [[nodiscard]] TextButton& installButton() const { return *m_install; }
     [[nodiscard]] TextButton& deleteButton() const { return *m_delete; }
     [[nodiscard]] ProgressRow& progress() const { return *m_progress; }
+
+protected:
+    bool event(QEvent* event) override;
 
 private:
     void watch();

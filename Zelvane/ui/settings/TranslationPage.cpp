@@ -46,9 +46,6 @@ TranslationPage::~TranslationPage() = default;
 void TranslationPage::appeared()
 {
     m_models.load();
-    if (m_engine) {
-        m_engine->refresh();
-    }
 }
 
 void TranslationPage::makeProvider()
