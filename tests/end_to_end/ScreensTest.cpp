@@ -149,7 +149,7 @@ TEST_F(TwoMonitors, resettingTheirPlacesCentresOpenWindowsOnTheMonitorWithThePoi
     session.zelvane({QStringLiteral("show"), QStringLiteral("settings")});
     session.waitForWindow(QStringLiteral("^Settings$"));
     session.press(QStringLiteral("Behavior"));
-    session.press(QStringLiteral("Reset"));
+    session.press(QStringLiteral("Reset translation windows location"));
     EXPECT_EQ(placeWhenAt(window, {320, 120}), QPoint(320, 120));
     EXPECT_TRUE(session.shows(QStringLiteral("Done")));
 }

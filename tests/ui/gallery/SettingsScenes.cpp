@@ -197,7 +197,7 @@ QList<Scene> languagesScenes()
 void pressReset(SettingsExhibit& exhibit)
 {
     for (auto* button : exhibit.view().findChildren<TextButton*>()) {
-        if (button->text() == localizedText(QStringLiteral("Reset"))) {
+        if (button->text() == localizedText(QStringLiteral("Reset translation windows location"))) {
             button->click();
         }
     }
