@@ -357,6 +357,20 @@ TEST_F(SettingsTest, tabGoesThroughTheLanguagesFromTheTopDown)
     EXPECT_EQ(names.last(), QStringLiteral("Download"));
 }
 
+TEST_F(SettingsTest, theEngineIsLookedAtEachTimeItShows)
+{
+    open();
+    EXPECT_GE(engineLooks, 1);
+    view->hide();
+    engineLooks = 0;
+    view->show();
+    EXPECT_GE(engineLooks, 1);
+    view->select(SettingsCategory::general);
+    engineLooks = 0;
+    view->select(SettingsCategory::translation);
+    EXPECT_GE(engineLooks, 1);
+}
+
 TEST_F(SettingsTest, glossariesOfOtherProcessesShowWhenTheirPageDoes)
 {
     settings.setPairs({});
