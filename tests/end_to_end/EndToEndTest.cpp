@@ -49,7 +49,7 @@ TEST(EndToEnd, showsThePopupOverATextThatCannotBeEdited)
     ZelvaneSession session;
     session.setClipboard("the user's own");
     session.start();
-    session.openReader(QStringLiteral("hello reader"));
+    const QString reader = session.openReader(QStringLiteral("hello reader"));
     session.selectAll();
     session.key(ZelvaneSession::toGerman);
     session.waitForWindow(popupTitle);
@@ -58,6 +58,7 @@ TEST(EndToEnd, showsThePopupOverATextThatCannotBeEdited)
     EXPECT_EQ(session.clipboard(), "the user's own");
     session.key("Escape");
     session.waitUntilGone(popupTitle);
+    EXPECT_TRUE(session.becomesActive(reader));
 }
 
 TEST(EndToEnd, twoPressesReplaceAndShowThePopup)

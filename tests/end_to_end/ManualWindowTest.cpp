@@ -26,13 +26,7 @@ protected:
         session.desktop.xdotool({QStringLiteral("type"), QString::fromLatin1(text)});
     }
 
-    [[nodiscard]] bool floats(const QString& window)
-    {
-        return session.desktop
-            .run(QStringLiteral("xprop"),
-                 {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_STATE")})
-            .output.contains("_NET_WM_STATE_ABOVE");
-    }
+    [[nodiscard]] bool floats(const QString& window) { return session.isAbove(window); }
 
     ZelvaneSession session;
 };
@@ -75,6 +69,25 @@ TEST_F(ManualWindow, floatsWhileItIsPinnedAndShowsAmongTheRunningPrograms)
     EXPECT_TRUE(waitUntil([&] { return !floats(window); }));
     session.key("Escape");
     session.waitUntilGone(title);
+}
+
+TEST_F(ManualWindow, isDraggedByItsHeaderAndOpensThereAgain)
+{
+    session.start();
+    const QString window = open();
+    const QPoint before = session.placeOf(window);
+    session.drag(window, {320, 30}, {90, -40});
+    const QPoint after = before + QPoint(90, -40);
+    EXPECT_TRUE(waitUntil([&] { return session.placeOf(window) == after; }));
+    EXPECT_TRUE(waitUntil([&] {
+        return session
+                   .zelvane({QStringLiteral("defaults"), QStringLiteral("read"),
+                             QStringLiteral("zv.manualWindow.originX")})
+                   .trimmed() == QByteArray::number(after.x());
+    }));
+    session.key("Escape");
+    session.waitUntilGone(title);
+    EXPECT_EQ(session.placeOf(open()), after);
 }
 
 TEST_F(ManualWindow, runsBesideATranslationOfASelection)

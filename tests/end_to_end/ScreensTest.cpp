@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QRegularExpression>
-
 namespace zelvane::test {
 namespace {
 
@@ -56,20 +54,11 @@ protected:
         session.waitUntilGone(title);
     }
 
-    [[nodiscard]] QPoint place(const QString& window)
-    {
-        const QString text = QString::fromLatin1(session.desktop.xdotool(
-            {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window}));
-        static const QRegularExpression numbers(QStringLiteral("X=(-?\\d+)\\s+Y=(-?\\d+)"));
-        const auto match = numbers.match(text);
-        return {match.captured(1).toInt(), match.captured(2).toInt()};
-    }
-
     /// Where the window is once it is there, or else in the end.
     [[nodiscard]] QPoint placeWhenAt(const QString& window, QPoint expected)
     {
-        waitUntil([&] { return place(window) == expected; }, 3s);
-        return place(window);
+        waitUntil([&] { return session.placeOf(window) == expected; }, 3s);
+        return session.placeOf(window);
     }
 
     void move(const QString& window, QPoint place)
@@ -158,7 +147,7 @@ TEST_F(TwoMonitors, thePanelOfTheTrayOpensOnTheMonitorOfItsIcon)
 {
     Tray tray(session, 2);
     session.start();
-    const QRect panel(place(tray.openPanel()), QSize(320, 1));
+    const QRect panel(session.placeOf(tray.openPanel()), QSize(320, 1));
     EXPECT_TRUE(right.contains(panel)) << testing::PrintToString(panel);
 }
 

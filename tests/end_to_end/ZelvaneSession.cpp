@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <stdexcept>
@@ -110,6 +111,17 @@ QByteArray ZelvaneSession::zelvane(const QStringList& arguments)
         giveUp(QString::fromUtf8(outcome.errors));
     }
     return outcome.output;
+}
+
+bool ZelvaneSession::answers()
+{
+    try {
+        return desktop
+                   .run(QString::fromUtf8(program), withProfile({QStringLiteral("status")}), {}, 2s)
+                   .exitCode == 0;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
 }
 
 void ZelvaneSession::setDefault(const QString& key, bool value)
@@ -283,14 +295,52 @@ bool ZelvaneSession::windowIsVisible(const QString& title)
 QString ZelvaneSession::waitForKeyboard(const QString& title)
 {
     const QString window = waitForWindow(title);
-    const auto hasKeyboard = [&] {
-        return desktop.run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")})
-                   .output.trimmed() == window.toLatin1();
-    };
-    if (!waitUntil(hasKeyboard, patience)) {
+    if (!becomesActive(window)) {
         giveUp(QStringLiteral("the window does not get the keyboard: ") + title);
     }
     return window;
+}
+
+bool ZelvaneSession::becomesActive(const QString& window)
+{
+    const auto isActive = [&] {
+        return desktop.run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")})
+                   .output.trimmed() == window.toLatin1();
+    };
+    return waitUntil(isActive, patience);
+}
+
+bool ZelvaneSession::isAbove(const QString& window)
+{
+    return desktop
+        .run(QStringLiteral("xprop"),
+             {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_STATE")})
+        .output.contains("_NET_WM_STATE_ABOVE");
+}
+
+QPoint ZelvaneSession::placeOf(const QString& window)
+{
+    const QString text = QString::fromLatin1(
+        desktop.xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window}));
+    static const QRegularExpression numbers(QStringLiteral("X=(-?\\d+)\\s+Y=(-?\\d+)"));
+    const auto match = numbers.match(text);
+    return {match.captured(1).toInt(), match.captured(2).toInt()};
+}
+
+void ZelvaneSession::drag(const QString& window, QPoint from, QPoint way)
+{
+    const auto move = [this](QPoint point) {
+        desktop.xdotool(
+            {QStringLiteral("mousemove"), QString::number(point.x()), QString::number(point.y())});
+    };
+    const QPoint start = placeOf(window) + from;
+    move(start);
+    desktop.xdotool({QStringLiteral("mousedown"), QStringLiteral("1")});
+    constexpr int steps = 10;
+    for (int step = 1; step <= steps; ++step) {
+        move(start + way * step / steps);
+    }
+    desktop.xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
 }
 
 QString ZelvaneSession::waitForWindow(const QString& title)
@@ -308,12 +358,22 @@ void ZelvaneSession::waitUntilGone(const QString& title)
     }
 }
 
+DesktopSession::Outcome ZelvaneSession::askAsAScreenReader(const QString& script,
+                                                           const QStringList& arguments)
+{
+    QProcess& asking = desktop.start(script, QStringList{accessibleName} + arguments);
+    if (!waitUntil([&] { return asking.state() == QProcess::NotRunning; }, 15s)) {
+        giveUp(script + QStringLiteral(" does not end"));
+    }
+    return {asking.exitCode(), asking.readAllStandardOutput(), {}};
+}
+
 void ZelvaneSession::press(const QString& name, int number)
 {
     QByteArray place;
     const auto look = [&] {
-        const auto found = desktop.run(QStringLiteral(ZELVANE_PLACE_ACCESSIBLE),
-                                       {accessibleName, name, QString::number(number)});
+        const auto found = askAsAScreenReader(QStringLiteral(ZELVANE_PLACE_ACCESSIBLE),
+                                              {name, QString::number(number)});
         place = found.output.trimmed();
         return found.exitCode == 0;
     };
@@ -328,8 +388,7 @@ void ZelvaneSession::press(const QString& name, int number)
 
 QStringList ZelvaneSession::elements()
 {
-    return QString::fromUtf8(
-               desktop.run(QStringLiteral(ZELVANE_WALK_ACCESSIBLE), {accessibleName}).output)
+    return QString::fromUtf8(askAsAScreenReader(QStringLiteral(ZELVANE_WALK_ACCESSIBLE)).output)
         .split(u'\n', Qt::SkipEmptyParts);
 }
 

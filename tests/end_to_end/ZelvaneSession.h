@@ -55,6 +55,8 @@ public:
     [[nodiscard]] QByteArray printed();
     /// Asks the program to quit, as a session's end does, and waits for it. Throws if it crashes.
     void quit();
+    /// Whether the running program answers a command at once.
+    [[nodiscard]] bool answers();
     [[nodiscard]] QProcess& process() { return *m_process; }
 
     /// Waits for the timing report of the run that ends next, counted from 1.
@@ -85,6 +87,12 @@ public:
     QString waitForWindow(const QString& title);
     /// The same, until it has the keyboard too.
     QString waitForKeyboard(const QString& title);
+    [[nodiscard]] bool becomesActive(const QString& window);
+    /// Whether it stays above the windows of all programs.
+    [[nodiscard]] bool isAbove(const QString& window);
+    [[nodiscard]] QPoint placeOf(const QString& window);
+    /// Drags what is under `from`, in the window's coordinates, by `way`.
+    void drag(const QString& window, QPoint from, QPoint way);
     [[nodiscard]] bool windowIsVisible(const QString& title);
     void waitUntilGone(const QString& title);
 
@@ -92,6 +100,10 @@ public:
     /// this name for screen readers, the `number`th if there are several. Needs the accessibility
     /// bus.
     void press(const QString& name, int number = 1);
+    /// Runs one of the scripts that ask on the accessibility bus, while the provider goes on
+    /// answering.
+    DesktopSession::Outcome askAsAScreenReader(const QString& script,
+                                               const QStringList& arguments = {});
     /// What a screen reader finds in the program's windows: "role\tname", with " *" at what has the
     /// focus. Needs the accessibility bus.
     [[nodiscard]] QStringList elements();
