@@ -112,6 +112,20 @@ TEST_F(AlertWindowTest, takesTheKeyboardAndGivesItBack)
     EXPECT_THAT(windows.givenBack, ElementsAre(77));
 }
 
+TEST_F(AlertWindowTest, givesTheKeyboardBackToTheProgramsOwnWindow)
+{
+    windows.foreign = 0;
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    present(oneButton());
+    QTest::keyClick(window(), Qt::Key_Escape);
+    EXPECT_EQ(windows.activations, 2);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
+    EXPECT_TRUE(windows.givenBack.isEmpty());
+}
+
 TEST_F(AlertWindowTest, doesNotHoldUpTheRestOfTheProgram)
 {
     present(oneButton());

@@ -1,5 +1,7 @@
 #include "ui/panel/WindowSystem.h"
 
+#include <QGuiApplication>
+
 #include <utility>
 
 namespace zelvane {
@@ -30,6 +32,7 @@ void PlainWindowSystem::activateForeign(Window)
 FocusLoan::FocusLoan(WindowSystem& windows)
     : m_windows(&windows)
     , m_lender(windows.foreignActiveWindow())
+    , m_ownLender(m_lender == 0 ? QGuiApplication::focusWindow() : nullptr)
 {
 }
 
@@ -37,6 +40,10 @@ void FocusLoan::giveBack()
 {
     if (const auto lender = std::exchange(m_lender, 0)) {
         m_windows->activateForeign(lender);
+    }
+    QWindow* own = std::exchange(m_ownLender, nullptr);
+    if (own && own->isVisible()) {
+        m_windows->activate(*own);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMargins>
+#include <QPointer>
 #include <QRect>
 #include <QWindow>
 
@@ -55,8 +56,8 @@ public:
     void activateForeign(Window window) override;
 };
 
-/// The keyboard, borrowed from the program that the user works in. What is lent is given back when
-/// the loan ends.
+/// The keyboard, borrowed from the window that the user works in, of this program or another. What
+/// is lent is given back when the loan ends: not every window manager finds the way by itself.
 class FocusLoan
 {
 public:
@@ -69,6 +70,7 @@ public:
 private:
     WindowSystem* m_windows;
     WindowSystem::Window m_lender;
+    QPointer<QWindow> m_ownLender; ///< if it is this program
 };
 
 } // namespace zelvane
