@@ -68,6 +68,25 @@ TEST_F(FirstLaunch, beginsWithTheFirstSlideEachTimeUntilTheUserHasSeenAll)
                            std::chrono::milliseconds(700)));
 }
 
+TEST_F(FirstLaunch, aShortcutIsAnsweredInFrontOfItAndItGoesOn)
+{
+    session.start();
+    session.waitForKeyboard(firstSlide);
+    press(ZelvaneSession::toGerman);
+    const QString alert = session.waitForKeyboard(QStringLiteral("^Translation failed$"));
+    // The introduction has insisted on the front for the last time.
+    EXPECT_FALSE(waitUntil(
+        [&] {
+            return session.desktop.xdotool({QStringLiteral("getactivewindow")}) != alert.toLatin1();
+        },
+        std::chrono::milliseconds(2100)));
+    press("Escape");
+    session.waitUntilGone(QStringLiteral("^Translation failed$"));
+    session.waitForKeyboard(firstSlide);
+    press("Right");
+    session.waitForKeyboard(QStringLiteral("^Translate anywhere — even offline$"));
+}
+
 TEST_F(FirstLaunch, showsNothingWhenTheSessionStartsTheProgram)
 {
     session.start({QStringLiteral("--quiet")});

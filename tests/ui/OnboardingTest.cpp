@@ -202,6 +202,19 @@ TEST_F(OnboardingTest, comesToTheFrontAgainFiveTimesAndPutsTheSettingsAway)
     EXPECT_EQ(windows.activations, before + 5);
 }
 
+TEST_F(OnboardingTest, doesNotComeInFrontOfAFailureThatWaitsForAnAnswer)
+{
+    open();
+    const int before = windows.activations;
+    TranslatorKeyablePanel alert(theme, windows, PanelRole::alert);
+    alert.show();
+    clock.advance(1s);
+    EXPECT_EQ(windows.activations, before);
+    alert.hide();
+    clock.advance(1s);
+    EXPECT_EQ(windows.activations, before + 1);
+}
+
 TEST_F(OnboardingTest, staysAwayOnceItIsFinished)
 {
     openOnSlide(6);

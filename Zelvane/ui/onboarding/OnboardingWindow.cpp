@@ -1,5 +1,8 @@
 #include "ui/onboarding/OnboardingWindow.h"
 
+#include <QApplication>
+
+#include <algorithm>
 #include <array>
 #include <chrono>
 
@@ -11,6 +14,15 @@ using namespace std::chrono_literals;
 
 constexpr std::array<std::chrono::milliseconds, 5> raiseMoments{50ms, 200ms, 500ms, 1000ms, 2000ms};
 constexpr std::chrono::milliseconds continuationDelay{250};
+
+/// A question of the program's own waits for an answer, and would not be seen behind the panel.
+bool alertIsOpen()
+{
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [](const QWidget* window) {
+        const auto* panel = qobject_cast<const TranslatorKeyablePanel*>(window);
+        return panel && panel->role() == PanelRole::alert && panel->isVisible();
+    });
+}
 
 } // namespace
 
@@ -76,7 +88,9 @@ void OnboardingWindow::raiseAgain()
 {
     if (m_panel && m_panel->isVisible()) {
         m_links.hideSettings();
-        m_panel->presentInFront();
+        if (!alertIsOpen()) {
+            m_panel->presentInFront();
+        }
     }
 }
 
