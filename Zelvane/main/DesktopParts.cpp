@@ -4,6 +4,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <utility>
 
 namespace zelvane {
 
@@ -54,7 +55,9 @@ void DesktopParts::watchTray()
 {
     const bool quiet = m_start == Start::quiet;
     const auto openSettings = [this, quiet] {
-        if (!quiet) {
+        if (m_interface.onboardingWindow()) {
+            m_opensSettingsAfterwards = true; // they would take the keyboard from it
+        } else if (!quiet) {
             m_settingsWindow.requestOpen();
         }
     };
@@ -92,7 +95,13 @@ OnboardingWindow::Links DesktopParts::onboardingLinks()
         .hideSettings = [this] { m_settingsWindow.hideSettings(); },
         .updateActivationPolicy = [this] { m_settingsWindow.updateActivationPolicy(); },
         .visibilityChanged = [this](bool visible) { m_permission.setOnboardingVisible(visible); },
-        .afterwards = [this] { m_permission.promptFromOnboarding(); },
+        .afterwards =
+            [this] {
+                if (std::exchange(m_opensSettingsAfterwards, false)) {
+                    m_settingsWindow.requestOpen();
+                }
+                m_permission.promptFromOnboarding();
+            },
     };
 }
 

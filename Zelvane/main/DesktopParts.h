@@ -56,6 +56,7 @@ private:
 
     ProgramCore& m_core;
     Start m_start;
+    bool m_opensSettingsAfterwards = false; ///< after the introduction
     UserInterface m_interface;
     SettingsWindow m_settingsWindow;
     AccessibilityPermission m_permission;

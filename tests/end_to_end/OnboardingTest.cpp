@@ -3,6 +3,7 @@
 #include "end_to_end/GreedyProgram.h"
 #include "end_to_end/ZelvaneSession.h"
 #include "support/Await.h"
+#include "support/TestRunner.h"
 
 #include <gtest/gtest.h>
 
@@ -85,6 +86,23 @@ TEST_F(FirstLaunch, aShortcutIsAnsweredInFrontOfItAndItGoesOn)
     session.waitForKeyboard(firstSlide);
     press("Right");
     session.waitForKeyboard(QStringLiteral("^Translate anywhere — even offline$"));
+}
+
+TEST_F(FirstLaunch, withoutATrayTheSettingsWaitUntilItIsOver)
+{
+    allowThisTest(std::chrono::seconds(20));
+    session.start();
+    session.waitForKeyboard(firstSlide);
+    EXPECT_TRUE(waitUntil([this] {
+        return session.zelvane({QStringLiteral("defaults"), QStringLiteral("list")})
+            .contains("zv.toldOfMissingTray");
+    }));
+    EXPECT_FALSE(waitUntil([this] { return session.windowIsVisible(settingsTitle); },
+                           std::chrono::milliseconds(700)));
+    press("Right", 6);
+    session.waitForKeyboard(lastSlide);
+    press("Return");
+    session.waitForWindow(settingsTitle);
 }
 
 TEST_F(FirstLaunch, showsNothingWhenTheSessionStartsTheProgram)
