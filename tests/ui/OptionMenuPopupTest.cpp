@@ -7,6 +7,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QCursor>
+#include <QScreen>
+#include <QTest>
+
 namespace zelvane::test {
 namespace {
 
@@ -144,6 +148,74 @@ TEST_F(OptionMenuPopupTest, hasTheColoursOfTheTheme)
     EXPECT_EQ(image.pixelColor(entry.right() - 4, entry.center().y()), theme.colors().accent);
     popup.menu()->close();
     QApplication::setStyle(QStringLiteral("Fusion"));
+}
+
+/// The menu under a compositor, with a shadow around it.
+class ShadowedMenuTest : public OptionMenuPopupTest
+{
+protected:
+    ShadowedMenuTest()
+    {
+        dressApplication(theme);
+        appearance.setCompositing(true);
+    }
+    ~ShadowedMenuTest() override
+    {
+        popup.menu()->close();
+        QApplication::setStyle(QStringLiteral("Fusion"));
+    }
+
+    /// At a place whose coordinates are even.
+    void openAt(QPoint location)
+    {
+        QCursor::setPos(location);
+        popup.popUp(content, location / 2, [this](const MenuChoice& choice) { chosen << choice; });
+    }
+    /// Where the menu itself is on the screen.
+    [[nodiscard]] QRect panel() const
+    {
+        return popup.menu()->contentsRect().translated(popup.menu()->pos());
+    }
+};
+
+TEST_F(ShadowedMenuTest, opensAtThePointerWithItsShadowAroundIt)
+{
+    openAt({200, 100});
+    EXPECT_EQ(panel().topLeft(), QPoint(200, 100));
+    const QImage image = popup.menu()->grab().toImage();
+    const QPoint below(image.width() / 2, popup.menu()->contentsRect().bottom() + 6);
+    EXPECT_GT(image.pixelColor(below).alpha(), 0);
+    EXPECT_LT(image.pixelColor(below).alpha(), 255);
+}
+
+TEST_F(ShadowedMenuTest, endsAtThePointerOrTheScreensEdgeWhereItHasNoRoom)
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    for (const QPoint& inset : {QPoint(2, 2), QPoint(40, 40), QPoint(100, 60)}) {
+        const QPoint pointer = screen.bottomRight() + QPoint(1, 1) - inset;
+        openAt(pointer);
+        EXPECT_TRUE(screen.contains(panel()));
+        EXPECT_TRUE(panel().adjusted(-3, -3, 3, 3).contains(pointer));
+        popup.menu()->close();
+    }
+}
+
+TEST_F(ShadowedMenuTest, aClickOnTheShadowClosesItWithoutAChoice)
+{
+    open();
+    QTest::mouseClick(popup.menu(), Qt::LeftButton, {}, QPoint(3, 40));
+    EXPECT_FALSE(popup.menu()->isVisible());
+    EXPECT_THAT(chosen, IsEmpty());
+}
+
+TEST_F(ShadowedMenuTest, losesItsShadowWithTheCompositor)
+{
+    openAt({200, 100});
+    popup.menu()->close();
+    appearance.setCompositing(false);
+    openAt({200, 100});
+    EXPECT_EQ(popup.menu()->geometry(), panel());
+    EXPECT_EQ(panel().topLeft(), QPoint(200, 100));
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "ui/style/InterfaceStyle.h"
 
+#include "ui/style/MenuShadow.h"
+#include "ui/style/Shadow.h"
 #include "ui/style/Symbols.h"
 
 #include <QApplication>
@@ -15,7 +17,7 @@ namespace {
 
 constexpr int menuMargin = 5;
 constexpr int menuRadius = 10;
-constexpr int itemRadius = 6;
+constexpr int itemRadius = menuRadius - menuMargin;
 constexpr int itemPadding = 10;
 constexpr int checkRoom = 18;
 constexpr int checkSize = 14;
@@ -50,12 +52,24 @@ InterfaceStyle::InterfaceStyle(const Theme& theme)
 void InterfaceStyle::polish(QWidget* widget)
 {
     QProxyStyle::polish(widget);
-    if (qobject_cast<QMenu*>(widget)) {
+    if (auto* menu = qobject_cast<QMenu*>(widget)) {
         // Always with an alpha channel, which menus use where the desktop composes windows.
         widget->setWindowFlag(Qt::FramelessWindowHint);
         widget->setWindowFlag(Qt::NoDropShadowWindowHint);
         widget->setAttribute(Qt::WA_TranslucentBackground);
+        if (!menu->findChild<MenuShadow*>()) {
+            new MenuShadow(*menu, m_theme);
+        }
     }
+}
+
+void InterfaceStyle::unpolish(QWidget* widget)
+{
+    if (qobject_cast<QMenu*>(widget)) {
+        delete widget->findChild<MenuShadow*>();
+        widget->setContentsMargins({});
+    }
+    QProxyStyle::unpolish(widget);
 }
 
 void InterfaceStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
@@ -64,13 +78,17 @@ void InterfaceStyle::drawPrimitive(PrimitiveElement element, const QStyleOption*
     const ThemeColors& colors = m_theme.colors();
     switch (element) {
     case PE_PanelMenu: {
-        const double radius = m_theme.appearance().compositing() ? menuRadius : 0;
+        const bool composed = m_theme.appearance().compositing();
+        const double radius = composed ? menuRadius : 0;
+        const QRect panel = widget ? widget->contentsRect() : option->rect;
         painter->save();
+        if (composed) {
+            paintShadow(*painter, panel, radius);
+        }
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(blended(colors.controlBorder, colors.window));
         painter->setBrush(colors.window);
-        painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), radius,
-                                 radius);
+        painter->drawRoundedRect(QRectF(panel).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
         painter->restore();
         return;
     }
