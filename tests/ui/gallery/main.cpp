@@ -80,10 +80,16 @@ int surroundings(const Scene& scene)
     return scene.name.startsWith(QStringLiteral("style-")) ? 0 : 24;
 }
 
-QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
+/// What a picture of `window` shows of the screen.
+QRect pictured(const QWidget& window, int around)
 {
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    const QRect area = window.frameGeometry().adjusted(-around, -around, around, around) & screen;
+    return window.frameGeometry().adjusted(-around, -around, around, around) & screen;
+}
+
+QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
+{
+    const QRect area = pictured(window, around);
     if (QGuiApplication::platformName() == QStringLiteral("xcb")) {
         return QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(),
                                                             area.height());
@@ -92,6 +98,20 @@ QPixmap pictureOf(QWidget& window, QWidget& backdrop, int around)
     QPainter painter(&picture);
     window.render(&painter, window.geometry().topLeft() - area.topLeft());
     return picture;
+}
+
+/// Waits until the screen shows more than it did without the window: on a busy machine the server
+/// and the compositor take their time.
+void waitUntilShown(QWidget& window, QWidget& backdrop, int around, const QImage& without)
+{
+    const QImage bare = without.copy(pictured(window, around));
+    for (int i = 0; i < 50; ++i) {
+        QTest::qWait(settlingTime);
+        if (pictureOf(window, backdrop, around).toImage() != bare) {
+            break;
+        }
+    }
+    QTest::qWait(settlingTime);
 }
 
 void say(const QString& line)
@@ -228,6 +248,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
         Backdrop backdrop(scheme);
         backdrop.show();
         QTest::qWait(settlingTime);
+        const QImage without = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
         for (const Scene& scene : allScenes()) {
             if (!scene.name.contains(only)) {
                 continue;
@@ -239,12 +260,13 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
             }
             centre(*exhibit->window());
             exhibit->takeStep();
-            QTest::qWait(settlingTime);
+            const int around = surroundings(scene);
+            waitUntilShown(*exhibit->window(), backdrop, around, without);
             const QString file = QStringLiteral("%1/%2-%3.png")
                                      .arg(folder, scene.name,
                                           scheme == ColorScheme::dark ? QStringLiteral("dark")
                                                                       : QStringLiteral("light"));
-            if (!pictureOf(*exhibit->window(), backdrop, surroundings(scene)).save(file)) {
+            if (!pictureOf(*exhibit->window(), backdrop, around).save(file)) {
                 std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
                 return 1;
             }
