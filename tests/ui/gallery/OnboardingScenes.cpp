@@ -15,12 +15,9 @@ public:
         : m_window(stage.theme, stage.windows, m_origins, m_settings, m_clock)
     {
         m_window.showOnboarding();
-        // Out of sight nothing moves: the picture is that of the slide at rest.
-        m_window.panel()->hide();
         for (int i = 0; i < slide; ++i) {
             m_window.view()->forwardButton().click();
         }
-        m_window.panel()->presentInFront();
     }
 
     [[nodiscard]] QWidget* window() override { return m_window.panel(); }
