@@ -159,6 +159,14 @@ public:
         darkSymbol(centre, 24, name);
     }
 
+    /// The ground of a selected text.
+    void selection(const QRectF& rect) const
+    {
+        m_painter.setPen(Qt::NoPen);
+        m_painter.setBrush(QColor(77, 163, 255, 165));
+        m_painter.drawRoundedRect(rect, 6, 6);
+    }
+
     void disc(QPointF centre, double radius, double opacity) const
     {
         m_painter.setPen(QPen(white(opacity * 1.6), 1));
@@ -241,7 +249,7 @@ void drawReplaceSelection(const Brush& brush)
     const QString before = QStringLiteral("Selecciona esto");
     const QRectF top = around({0, -62}, {296, 58});
     brush.glass(top);
-    brush.line(around(top.center(), {widthOf(before, face) + 16, 32}), QColor(77, 163, 255, 165));
+    brush.selection(around(top.center(), {widthOf(before, face) + 14, 32}));
     brush.text(top, before, face, white(1));
 
     brush.symbol({0, 0}, 30, QStringLiteral("arrow.down"));
@@ -341,9 +349,26 @@ void drawAccessibility(const Brush& brush)
     brush.symbol({0, -26}, 72, QStringLiteral("accessibility"));
     const QString path = localizedText(QStringLiteral("Privacy & Security → Accessibility"));
     const QFont face = font(15, QFont::DemiBold);
-    const QRectF chip = around({0, 84}, {std::min(widthOf(path, face) + 40, 404.0), 36});
+    constexpr double padding = 20;
+    constexpr double widest = 404;
+    constexpr double lineHeight = 22;
+    QStringList lines{path};
+    if (const qsizetype arrow = path.indexOf(u'→');
+        arrow > 0 && widthOf(path, face) + 2 * padding > widest) {
+        lines = {path.first(arrow + 1), path.sliced(arrow + 1).trimmed()};
+    }
+    double width = 0;
+    for (const QString& line : lines) {
+        width = std::max(width, widthOf(line, face));
+    }
+    const QRectF chip = around(
+        {0, 84}, {std::min(width + 2 * padding, widest), 14 + (lineHeight * double(lines.size()))});
     brush.glass(chip, 18, 0.17);
-    brush.text(chip.adjusted(16, 0, -16, 0), path, face, white(1));
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        brush.text({chip.left() + padding, chip.top() + 7 + (lineHeight * double(i)),
+                    chip.width() - 2 * padding, lineHeight},
+                   lines[i], face, white(1));
+    }
 }
 
 } // namespace
