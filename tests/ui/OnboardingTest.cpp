@@ -11,6 +11,7 @@
 #include <QGraphicsEffect>
 #include <QImage>
 #include <QTest>
+#include <QTextLayout>
 
 namespace zelvane::test {
 namespace {
@@ -279,6 +280,34 @@ TEST_F(OnboardingTest, fadesTheTextsInUnlessMotionIsUnwanted)
     press(Qt::Key_Right);
     EXPECT_TRUE(texts->graphicsEffect()->isEnabled());
     EXPECT_TRUE(waitUntil([texts] { return !texts->graphicsEffect()->isEnabled(); }));
+}
+
+TEST_F(OnboardingTest, leavesNoWordAloneInTheLastLine)
+{
+    installLocalization(&defaults);
+    settings.setAppLanguage(AppLanguage::russian); // where words are long
+    for (const OnboardingSlide& slide : onboardingSlides()) {
+        OnboardingModel model;
+        OnboardingView slides(model, theme);
+        slides.resize(OnboardingView::contentSize);
+        slides.show();
+        while (model.index() < slide.id) {
+            model.stepForward();
+        }
+        QCoreApplication::processEvents();
+        QTextLayout lines(slides.body().text(), slides.body().font());
+        lines.beginLayout();
+        double longest = 0;
+        double last = 0;
+        for (QTextLine line = lines.createLine(); line.isValid(); line = lines.createLine()) {
+            line.setLineWidth(slides.body().contentsRect().width());
+            last = line.naturalTextWidth();
+            longest = std::max(longest, last);
+        }
+        lines.endLayout();
+        EXPECT_GT(last, longest * 0.5) << slide.id;
+    }
+    installLocalization(nullptr);
 }
 
 TEST_F(OnboardingTest, theGradientRunsThroughTheHero)

@@ -20,6 +20,29 @@ constexpr int heroHeight = 312;
 constexpr int leastHeroHeight = 60;
 constexpr int fadeMilliseconds = 220;
 
+int heightIn(int width, const ThemedLabel& label, const QString& text)
+{
+    return label.fontMetrics()
+        .boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), Qt::TextWordWrap | Qt::AlignHCenter,
+                      text)
+        .height();
+}
+
+/// Makes the lines of `label`, which stands in `width`, about equally long: a last line of one word
+/// looks forgotten.
+void balance(ThemedLabel& label, int width)
+{
+    const int height = heightIn(width, label, label.text());
+    int least = width / 2;
+    int most = width;
+    while (most - least > 1) {
+        const int middle = (least + most) / 2;
+        (heightIn(middle, label, label.text()) > height ? least : most) = middle;
+    }
+    const int side = std::max(0, (width - most) / 2 - 1);
+    label.setContentsMargins(side, 0, side, 0);
+}
+
 } // namespace
 
 OnboardingView::OnboardingView(OnboardingModel& model, const Theme& theme, QWidget* parent)
@@ -103,27 +126,23 @@ void OnboardingView::restyle()
 int OnboardingView::textHeight(const OnboardingSlide& slide, int width) const
 {
     const QMargins margins = m_textLayout->contentsMargins();
-    const auto height = [&](const ThemedLabel& label, const QString& key) {
-        const QRect room(0, 0, width - margins.left() - margins.right(), QWIDGETSIZE_MAX);
-        return label.fontMetrics()
-            .boundingRect(room, Qt::TextWordWrap | Qt::AlignHCenter, localizedText(key))
-            .height();
-    };
-    return margins.top() + height(*m_title, slide.titleKey) + m_textLayout->spacing() +
-           height(*m_body, slide.bodyKey);
+    const int room = width - margins.left() - margins.right();
+    return margins.top() + heightIn(room, *m_title, localizedText(slide.titleKey)) +
+           m_textLayout->spacing() + heightIn(room, *m_body, localizedText(slide.bodyKey));
 }
 
 void OnboardingView::fitHero()
 {
     const SpacingTokens spacing = m_theme.tokens().spacing();
     const QMargins frame = layout()->contentsMargins();
+    const int inner = width() - frame.left() - frame.right();
     int left = 0;
     // Lines of a comfortable length, or longer ones if the letters are large.
     for (const double side : {spacing.xxl + spacing.lg, spacing.xxl, spacing.md}) {
         m_textLayout->setContentsMargins(qRound(side), qRound(spacing.xxl), qRound(side), 0);
         int texts = 0;
         for (const OnboardingSlide& slide : onboardingSlides()) {
-            texts = std::max(texts, textHeight(slide, width() - frame.left() - frame.right()));
+            texts = std::max(texts, textHeight(slide, inner));
         }
         // The same for all slides, so that nothing jumps.
         left = height() - texts - m_navigation->sizeHint().height() - frame.top() - frame.bottom();
@@ -132,6 +151,10 @@ void OnboardingView::fitHero()
         }
     }
     m_hero->setFixedHeight(std::clamp(left, 0, heroHeight));
+    const QMargins margins = m_textLayout->contentsMargins();
+    for (ThemedLabel* label : {m_title, m_body}) {
+        balance(*label, inner - margins.left() - margins.right());
+    }
 }
 
 void OnboardingView::resizeEvent(QResizeEvent* event)
