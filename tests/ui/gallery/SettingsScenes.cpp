@@ -17,7 +17,7 @@ using enum SettingsCategory;
 using State = AccessibilityPermission::State;
 
 /// Room for a page that would scroll otherwise.
-constexpr int tall = 860;
+constexpr int tall = 840;
 
 EngineDownloadProgress halfway()
 {

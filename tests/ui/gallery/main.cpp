@@ -44,9 +44,10 @@ constexpr int settlingTime = 350;
 class Backdrop final : public QWidget
 {
 public:
-    explicit Backdrop(ColorScheme scheme)
+    explicit Backdrop(ColorScheme scheme, bool isCalm)
         : QWidget(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint)
         , m_dark(scheme == ColorScheme::dark)
+        , m_isCalm(isCalm)
     {
         setGeometry(QGuiApplication::primaryScreen()->geometry());
     }
@@ -60,6 +61,9 @@ protected:
         sky.setColorAt(0, m_dark ? QColor(0x1d, 0x23, 0x35) : QColor(0xd5, 0xe3, 0xf5));
         sky.setColorAt(1, m_dark ? QColor(0x3a, 0x2a, 0x3d) : QColor(0xf3, 0xdf, 0xd6));
         painter.fillRect(rect(), sky);
+        if (m_isCalm) {
+            return;
+        }
         const QRect page = rect().adjusted(60, 60, -60, -60);
         painter.fillRect(page, m_dark ? QColor(0x17, 0x17, 0x1a) : QColor(Qt::white));
         painter.setPen(m_dark ? QColor(0xc8, 0xc8, 0xd0) : QColor(0x33, 0x33, 0x38));
@@ -72,6 +76,7 @@ protected:
 
 private:
     bool m_dark;
+    bool m_isCalm;
 };
 
 /// The tables of the style page stand for themselves; windows float over something.
@@ -229,7 +234,7 @@ void centre(QWidget& window)
     }
 }
 
-int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only)
+int run(const QString& folder, const QList<ColorScheme>& schemes, const QString& only, bool isCalm)
 {
     Setting setting;
     DesktopAppearance& appearance = setting.appearance;
@@ -245,7 +250,7 @@ int run(const QString& folder, const QList<ColorScheme>& schemes, const QString&
     QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     for (const ColorScheme scheme : schemes) {
         appearance.setColorScheme(scheme);
-        Backdrop backdrop(scheme);
+        Backdrop backdrop(scheme, isCalm);
         backdrop.show();
         QTest::qWait(settlingTime);
         const QImage without = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
@@ -295,6 +300,7 @@ int main(int argc, char** argv)
     arguments.addOption({QStringLiteral("language"),
                          QStringLiteral("The interface's language, as it is stored: de, hi."),
                          QStringLiteral("language"), QStringLiteral("en")});
+    arguments.addOption({QStringLiteral("calm"), QStringLiteral("No text behind the windows.")});
     arguments.addOption({QStringLiteral("points"), QStringLiteral("The size of the letters."),
                          QStringLiteral("points")});
     arguments.addOption({QStringLiteral("hold"),
@@ -341,5 +347,6 @@ int main(int argc, char** argv)
         schemes = {ColorScheme::dark};
     }
     return zelvane::gallery::run(arguments.value(QStringLiteral("out")), schemes,
-                                 arguments.value(QStringLiteral("only")));
+                                 arguments.value(QStringLiteral("only")),
+                                 arguments.isSet(QStringLiteral("calm")));
 }
