@@ -30,6 +30,12 @@ TEST_F(SettingsTest, openAtTheFirstCategoryAndMakeNoPageBeforeItIsWanted)
     EXPECT_EQ(view->windowTitle(), QStringLiteral("Settings"));
 }
 
+TEST_F(SettingsTest, fitOnALowScreen)
+{
+    EXPECT_EQ(SettingsView::leastSize(tokens.settings(), 1040), QSize(820, 580));
+    EXPECT_EQ(SettingsView::leastSize(tokens.settings(), 600), QSize(820, 560));
+}
+
 TEST_F(SettingsTest, theSidebarLeadsToEachPage)
 {
     open();

@@ -16,8 +16,11 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace zelvane {
 
@@ -25,6 +28,8 @@ namespace {
 
 /// Long words and large letters make it wider.
 constexpr int leastSidebarWidth = 210;
+/// What a desktop draws above a window, at most.
+constexpr int titleBarHeight = 40;
 
 /// Qt takes a window of its own for a mere container.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object)
@@ -58,8 +63,8 @@ SettingsView::SettingsView(const Theme& theme, SettingsServices& services, Clock
     new FocusRing(theme, *this);
 
     keepStyled(*this, theme, [this] {
-        const SettingsLayoutTokens size = m_theme.tokens().settings();
-        setMinimumSize(qRound(size.minWidth), qRound(size.minHeight));
+        setMinimumSize(
+            leastSize(m_theme.tokens().settings(), screen()->availableGeometry().height()));
         update();
     });
     keepTranslated(*this, [this] { retranslate(); });
@@ -69,6 +74,12 @@ SettingsView::SettingsView(const Theme& theme, SettingsServices& services, Clock
 }
 
 SettingsView::~SettingsView() = default;
+
+QSize SettingsView::leastSize(const SettingsLayoutTokens& tokens, int screenHeight)
+{
+    return {qRound(tokens.minWidth),
+            std::min(qRound(tokens.minHeight), screenHeight - titleBarHeight)};
+}
 
 QWidget* SettingsView::makeSidebar()
 {

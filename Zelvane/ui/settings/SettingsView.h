@@ -26,6 +26,10 @@ public:
     SettingsView(const Theme& theme, SettingsServices& services, Clock& clock);
     ~SettingsView() override;
 
+    /// How small the window may be made: as the tokens say, but no higher than a low screen, whose
+    /// `screenHeight` is what panels leave of it.
+    [[nodiscard]] static QSize leastSize(const SettingsLayoutTokens& tokens, int screenHeight);
+
     [[nodiscard]] SettingsCategory selectedCategory() const { return m_selected; }
     void select(SettingsCategory category);
 
