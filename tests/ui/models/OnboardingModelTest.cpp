@@ -22,9 +22,33 @@ TEST(OnboardingSlides, tellTheSevenThingsInTheirOrder)
                                     QStringLiteral("Your always-on translation desk"),
                                     QStringLiteral("Look for the menu bar icon"),
                                     QStringLiteral("Unlock the full power")));
-    EXPECT_EQ(onboardingSlides()[2].bodyKey,
-              QStringLiteral("Highlight text, hit your hotkey, and watch it swap for a polished "
-                             "translation — right where you were typing."));
+    QStringList bodies;
+    std::vector<OnboardingIllustration> illustrations;
+    for (const OnboardingSlide& slide : onboardingSlides()) {
+        bodies += slide.bodyKey;
+        illustrations.push_back(slide.illustration);
+    }
+    EXPECT_THAT(
+        bodies,
+        ElementsAre(
+            QStringLiteral("Online AI that nails slang, long messages, and everyday writing — so "
+                           "you always sound natural, in any language."),
+            QStringLiteral("Install Smart, Balanced, or Fast offline engines and keep translating "
+                           "on planes, trains, and anywhere the signal drops."),
+            QStringLiteral("Highlight text, hit your hotkey, and watch it swap for a polished "
+                           "translation — right where you were typing."),
+            QStringLiteral("Prefer a second look? Open the floating result window to review, "
+                           "copy, and refine — without leaving your flow."),
+            QStringLiteral("Paste or type into the Translation Window any time you need a classic "
+                           "translator — no selection required."),
+            QStringLiteral("After launch, Zelvane Desk runs from the menu bar at the top of your "
+                           "screen. Click the icon for Settings, the Translation Window, and "
+                           "more."),
+            QStringLiteral("Grant Accessibility so Zelvane Desk can read selections and paste "
+                           "translations for you. One permission — every shortcut, every app.")));
+    using enum OnboardingIllustration;
+    EXPECT_THAT(illustrations, ElementsAre(aiOnline, offline, replaceSelection, resultWindow,
+                                           classicTranslator, menuBar, accessibility));
 }
 
 TEST(OnboardingSlides, haveTheirGradients)
