@@ -87,6 +87,9 @@ void TranslationPage::makePrompt()
     auto* row = new QWidget;
     auto* column = new QVBoxLayout(row);
     column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(qRound(theme.tokens().spacing().sm));
+    m_promptTitle = new ThemedLabel(theme, StyleFontRole::body, TextTone::primary);
+    column->addWidget(m_promptTitle);
     m_prompt = new TextWell(theme);
     m_prompt->setMaximumSectionHeight(promptHeight);
     column->addWidget(m_prompt);
@@ -161,7 +164,7 @@ void TranslationPage::retranslate()
     m_customRow->setTitle(localizedText(QStringLiteral("Custom model ID")));
     m_promptSection->setTitle(localizedText(QStringLiteral("Translation Prompt")));
     m_prompt->setLabel(localizedText(QStringLiteral("Current translation prompt")));
-    m_promptButtons->setTitle(localizedText(QStringLiteral("Current translation prompt")));
+    m_promptTitle->setText(localizedText(QStringLiteral("Current translation prompt")));
     m_promptButtons->setNote(localizedText(QStringLiteral("Placeholders: {{source}} {{target}}")));
     setButtonText(*m_editPrompt, localizedText(QStringLiteral("Edit prompt")));
     setButtonText(*m_resetPrompt, localizedText(QStringLiteral("Reset to default")));

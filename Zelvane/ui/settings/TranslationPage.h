@@ -68,6 +68,7 @@ private:
     FormRow* m_errorRow;
     EngineRows* m_engine = nullptr;
     Section* m_promptSection;
+    ThemedLabel* m_promptTitle;
     TextWell* m_prompt;
     FormRow* m_promptButtons;
     TextButton* m_editPrompt;

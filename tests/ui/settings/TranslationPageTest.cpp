@@ -280,6 +280,27 @@ TEST_F(TranslationPageTest, thePromptIsShownAndGoesBackToTheDefault)
     EXPECT_EQ(defaults.string(QStringLiteral("zv.prompt")), defaultPromptTemplate());
 }
 
+TEST_F(TranslationPageTest, thePromptStandsBelowItsTitleAndAboveWhatCanBeDoneToIt)
+{
+    TranslationPage& page = openPage();
+    const auto heightOf = [&page](const QWidget* part) {
+        return part ? part->mapTo(&page, QPoint(0, 0)).y() : -1;
+    };
+    const ThemedLabel* title = nullptr;
+    for (const auto* label : page.findChildren<ThemedLabel*>()) {
+        if (label->text() == QStringLiteral("Current translation prompt")) {
+            EXPECT_EQ(title, nullptr);
+            title = label;
+        }
+    }
+    const auto* text = page.findChild<TextWell*>();
+    EXPECT_LT(0, heightOf(title));
+    EXPECT_LT(heightOf(title), heightOf(text));
+    EXPECT_LT(heightOf(text), heightOf(named<TextButton>(QStringLiteral("Edit prompt"))));
+    EXPECT_TRUE(text->editor().isReadOnly());
+    EXPECT_EQ(text->editor().toPlainText(), settings.promptTemplate());
+}
+
 TEST_F(TranslationPageTest, thePromptSheetNamesWhatItIsAboutAndForgetsItsDraft)
 {
     settings.setPromptTemplate(QStringLiteral(" \n"));
