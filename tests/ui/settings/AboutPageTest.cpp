@@ -54,6 +54,12 @@ protected:
         co_return QString();
     }
 
+    static QCoro::Task<QString> waitedFor(Completion<QString> id)
+    {
+        const QString answer = co_await id.result();
+        co_return answer;
+    }
+
     Browser browser;
 };
 
@@ -79,6 +85,17 @@ TEST_F(AboutPageTest, withoutAnInstallIdThereIsNothingToCopy)
     auto* copy = named<TextButton>(QStringLiteral("Copy"));
     ASSERT_NE(copy, nullptr);
     EXPECT_FALSE(copy->isEnabled());
+}
+
+TEST_F(AboutPageTest, mayGoBeforeTheInstallIdComes)
+{
+    const Completion<QString> id;
+    services.installId = [id](std::stop_token) { return waitedFor(id); };
+    openPage();
+    openLicenses();
+    view.reset();
+    id.succeed(QStringLiteral("late"));
+    EXPECT_TRUE(id.isDecided());
 }
 
 TEST_F(AboutPageTest, itsLinksOpenInTheBrowser)

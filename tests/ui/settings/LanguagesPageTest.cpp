@@ -211,6 +211,32 @@ TEST_F(LanguagesPageTest, closingTheSettingsGivesACaptureUp)
     EXPECT_EQ(view->findChild<HotKeyBindSheet*>(), nullptr);
 }
 
+TEST_F(LanguagesPageTest, mayGoWithACaptureAndAListOfLanguagesOpen)
+{
+    row(1).sourcePicker().togglePopup();
+    bind(0);
+    view.reset();
+    settings.setPairs({});
+    EXPECT_TRUE(settings.pairs().isEmpty());
+}
+
+TEST_F(LanguagesPageTest, mayGoWhileADictionaryIsOnItsWay)
+{
+    settings.setPairs({});
+    transport.holdDownloads();
+    openPage();
+    named<TextButton>(QStringLiteral("Download German → English (US)"))->click();
+    ASSERT_TRUE(waitUntil([this] { return !transport.heldDownloads().empty(); }));
+    view.reset();
+    transport.heldDownloads().front().outcome.succeed(HttpResponse{404, {}, {}});
+    EXPECT_TRUE(waitUntil([this] {
+        const auto activities = glossaries.activities();
+        return std::ranges::any_of(activities, [](const auto& activity) {
+            return std::holds_alternative<GlossaryManager::Failed>(activity);
+        });
+    }));
+}
+
 TEST_F(LanguagesPageTest, aPairThatIsRemovedTakesItsShortcutAlong)
 {
     const QUuid second = settings.pairs()[1].id;

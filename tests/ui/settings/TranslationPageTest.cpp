@@ -324,6 +324,25 @@ TEST_F(TranslationPageTest, thePromptSheetNamesWhatItIsAboutAndForgetsItsDraft)
     EXPECT_EQ(sheet->editor().toPlainText(), defaultPromptTemplate());
 }
 
+TEST_F(TranslationPageTest, mayGoWithASheetOpenAndModelsOnTheirWay)
+{
+    const Completion<QList<RemoteModel>> answer;
+    use(AIProvider::chatGPT);
+    settings.setApiKey(QStringLiteral("sk-1"));
+    services.fetchModels = [answer](AIProvider, QString, std::stop_token) {
+        return waited(answer);
+    };
+    openPage();
+    named<TextButton>(QStringLiteral("Edit Key"))->click();
+    ASSERT_NE(view->findChild<APIKeyEditSheet*>(), nullptr);
+    view.reset();
+    answer.succeed(listed);
+    settings.setModel(QStringLiteral("another"));
+    settings.setProvider(AIProvider::zelvane);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(backend.items.contains(QStringLiteral("zv.apiKey.ChatGPT")));
+}
+
 TEST_F(TranslationPageTest, anUninstalledEngineOffersItsInstallation)
 {
     openPage();
