@@ -117,6 +117,9 @@ bool HotKeyBindSheet::eventFilter(QObject* watched, QEvent* event)
         }
         const auto pressed = capturedKey(key);
         if (pressed.code == HotKeyBindModel::escapeKeyCode) {
+            if (static_cast<QWidget*>(watched)->window() != window()) {
+                return false; // meant for another window
+            }
             m_cancel->click();
             return true;
         }

@@ -7,6 +7,7 @@
 #include "ui/sheets/KeyCapture.h"
 #include "ui/sheets/PromptEditSheet.h"
 
+#include <QLineEdit>
 #include <QTest>
 
 namespace zelvane::test {
@@ -200,6 +201,21 @@ TEST_F(LanguagesPageTest, aCaptureThatIsGivenUpChangesNothingAndBringsTheShortcu
     settle();
     EXPECT_EQ(settings.pairs()[0].hotKey, controlT);
     EXPECT_EQ(reloads, 1);
+}
+
+TEST_F(LanguagesPageTest, aCaptureTakesTheKeysOfAllWindowsButEscape)
+{
+    QLineEdit another;
+    another.show();
+    HotKeyBindSheet& sheet = bind(0);
+    QTest::keyClick(&another, Qt::Key_T, Qt::ControlModifier);
+    EXPECT_EQ(sheet.model().draft(), controlT);
+    QTest::keyClick(&another, Qt::Key_T);
+    EXPECT_EQ(another.text(), QString());
+    QTest::keyClick(&another, Qt::Key_Escape);
+    EXPECT_FALSE(sheet.isHidden());
+    press(Qt::Key_Escape, Qt::NoModifier);
+    EXPECT_TRUE(sheet.isHidden());
 }
 
 TEST_F(LanguagesPageTest, closingTheSettingsGivesACaptureUp)
