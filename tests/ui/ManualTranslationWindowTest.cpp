@@ -83,6 +83,23 @@ TEST_F(ManualTranslationWindowTest, opensInTheMiddleAtTheChosenSizeAndTakesTheKe
     EXPECT_EQ(view().sourcePicker().valueText(), QStringLiteral("Any Language"));
 }
 
+TEST_F(ManualTranslationWindowTest, mayGoWhileItIsOpenAndTranslates)
+{
+    auto other = std::make_unique<ManualTranslationWindow>(
+        theme, windows, origins, settings, trace,
+        ManualTranslationModel::Services{
+            [this](QString text, QString, QString, std::stop_token stop) {
+                return translate(text, stop);
+            },
+            [](const QString&) {}});
+    other->showManualTranslationWindow();
+    other->model()->translate(QStringLiteral("hello"));
+    const QPointer<TranslatorKeyablePanel> shown = other->panel();
+    other.reset();
+    EXPECT_EQ(shown, nullptr);
+    EXPECT_TRUE(answer.isDecided());
+}
+
 TEST_F(ManualTranslationWindowTest, isAnOrdinaryWindowAmongTheRunningPrograms)
 {
     open();

@@ -29,6 +29,9 @@ ManualTranslationWindow::ManualTranslationWindow(const Theme& theme, WindowSyste
 
 ManualTranslationWindow::~ManualTranslationWindow()
 {
+    if (m_panel) {
+        m_panel->removeEventFilter(this); // what it tells while it goes comes from half a panel
+    }
     delete m_panel;
 }
 
