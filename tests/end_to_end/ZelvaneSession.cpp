@@ -116,9 +116,7 @@ QByteArray ZelvaneSession::zelvane(const QStringList& arguments)
 bool ZelvaneSession::answers()
 {
     try {
-        return desktop
-                   .run(QString::fromUtf8(program), withProfile({QStringLiteral("status")}), {}, 2s)
-                   .exitCode == 0;
+        return desktop.run(program, withProfile({QStringLiteral("status")}), {}, 2s).exitCode == 0;
     } catch (const std::runtime_error&) {
         return false;
     }
