@@ -87,7 +87,7 @@ TEST_F(EngineWindow, anInstallationGoesOnWhileTheWindowIsClosedAndIsCancelledInT
     EXPECT_THAT(progress, HasSubstr(installing.toStdString()));
     EXPECT_THAT(progress, HasSubstr("label\tDownloading LMT-60 model…\n"));
     EXPECT_THAT(progress, HasSubstr("label\t0%\n"));
-    EXPECT_THAT(progress, HasSubstr("KB/s\n"));
+    EXPECT_THAT(progress, HasSubstr("kB/s\n"));
     EXPECT_THAT(progress, HasSubstr("label\t2.7 GB remaining\n"));
     EXPECT_THAT(progress, HasSubstr("label\tElapsed: 0:0"));
     EXPECT_THAT(progress, Not(HasSubstr(install.toStdString())));

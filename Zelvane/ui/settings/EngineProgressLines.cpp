@@ -14,6 +14,13 @@ constexpr qint64 noticedIdleSeconds = 10;
 constexpr qint64 kilobyte = 1000;
 constexpr qint64 megabyte = kilobyte * kilobyte;
 
+/// As the locale has it in the sizes of files.
+QString nameOfUnit(qint64 bytes, const QLocale& locale)
+{
+    QString one = locale.formattedDataSize(bytes, 0, QLocale::DataSizeSIFormat);
+    return one.remove(locale.toString(1)).trimmed();
+}
+
 QString speedText(qint64 bytesPerSecond)
 {
     if (bytesPerSecond < 1) {
@@ -21,9 +28,9 @@ QString speedText(qint64 bytesPerSecond)
     }
     const QLocale locale = interfaceLocale();
     const bool large = bytesPerSecond >= megabyte;
-    const double amount = double(bytesPerSecond) / double(large ? megabyte : kilobyte);
-    return locale.toString(amount, 'f', large ? 1 : 0) +
-           (large ? QStringLiteral(" MB/s") : QStringLiteral(" KB/s"));
+    const qint64 unit = large ? megabyte : kilobyte;
+    return locale.toString(double(bytesPerSecond) / double(unit), 'f', large ? 1 : 0) + u' ' +
+           nameOfUnit(unit, locale) + QStringLiteral("/s");
 }
 
 QString amountText(const EngineDownloadProgress& progress)

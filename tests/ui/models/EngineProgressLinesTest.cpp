@@ -1,6 +1,7 @@
 #include "ui/settings/EngineProgressLines.h"
 
 #include "settings/Localization.h"
+#include "settings/UserDefaults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -54,7 +55,23 @@ TEST(EngineProgressLines, writeSmallSpeedsInKilobytes)
 {
     EngineDownloadProgress progress = halfWay();
     progress.bytesPerSecond = 512'400;
-    EXPECT_EQ(engineProgressLines(progress)[1].text, QStringLiteral("512 KB/s"));
+    EXPECT_EQ(engineProgressLines(progress)[1].text, QStringLiteral("512 kB/s"));
+}
+
+TEST(EngineProgressLines, nameUnitsAsTheInterfaceDoes)
+{
+    OverlayUserDefaults defaults;
+    defaults.setValue(QStringLiteral("zv.appLanguage"), QStringLiteral("fr"));
+    installLocalization(&defaults);
+    const QList<SymbolLine> lines = engineProgressLines(halfWay());
+    EngineDownloadProgress slow = halfWay();
+    slow.bytesPerSecond = 512'400;
+    const QString slowly = engineProgressLines(slow)[1].text;
+    const QString percentage = engineProgressPercentage(halfWay());
+    installLocalization(nullptr);
+    EXPECT_EQ(lines[1].text, QStringLiteral("11,5 Mo/s"));
+    EXPECT_EQ(slowly, QStringLiteral("512 ko/s"));
+    EXPECT_EQ(percentage, QStringLiteral("50\u00a0%"));
 }
 
 TEST(EngineProgressLines, tellOfASilenceOfTenSeconds)
