@@ -13,8 +13,8 @@ keys: the role and the name, joined by a tab. Then a line for each fault:
     "unordered ROLE NAME"     a control that stands above the one before, and not beside it, if
                               there is more than one
 
-Controls that exclude each other are one stop: the arrow keys go from one to the next. Exit status
-1 if nothing there gets the focus.
+Controls that exclude each other are one stop, and so is a list: the arrow keys go from one to the
+next. Exit status 1 if nothing there gets the focus.
 
 With CONTROL it only presses Tab until the control of that role and name, "ROLE NAME", has the
 focus. Exit status 1 if none gets it.
@@ -150,8 +150,10 @@ class Walk:
                 self.judge(now, before)
 
     def is_reached(self, control):
-        return any(control.path == each.path or (control.role == each.role == "radio button"
-                                                 and control.parent == each.parent)
+        return any(control.path == each.path
+                   or (control.role == "list item" and control.parent == each.path)
+                   or (control.role == each.role == "radio button"
+                       and control.parent == each.parent)
                    for each in self.order)
 
     def unordered(self):
