@@ -90,6 +90,9 @@ QCoro::Task<void> SettingsWindow::presentWithAction(std::optional<PendingSection
         m_openSettingsAction();
     }
     co_await m_clock.sleep(windowWait, stop);
+    if (!m_settingsRequested) {
+        co_return; // the user has closed it meanwhile, and doesn't want it back
+    }
     if (const auto window = findSettingsWindow()) {
         m_windows.makeKeyAndOrderFront(window->id);
         m_windows.orderFrontRegardless(window->id);

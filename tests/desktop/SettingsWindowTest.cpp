@@ -12,7 +12,9 @@ namespace zelvane::test {
 namespace {
 
 using namespace std::chrono_literals;
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::Not;
 using Kind = ActivationPolicy::Kind;
 using PendingSection = SettingsWindow::PendingSection;
 
@@ -75,6 +77,20 @@ TEST_F(Settings, openByTheRegisteredActionWithAWaitBeforeAndAfter)
     EXPECT_THAT(texts(takeLog()), ElementsAre());
     clock.advance(1ms);
     EXPECT_THAT(texts(takeLog()), ElementsAre("key and front 1", "front regardless 1"));
+}
+
+TEST_F(Settings, thatAreClosedBeforeTheSecondWaitIsOverStayClosed)
+{
+    registerAction();
+    windows.list = {settingsWindow()};
+    settings.requestOpen();
+    clock.advance(150ms);
+    takeLog();
+    close(settingsId);
+    windows.list = {settingsWindow(false)};
+    clock.advance(10s);
+    EXPECT_THAT(texts(takeLog()), Not(Contains("key and front 1")));
+    EXPECT_FALSE(settings.settingsRequested());
 }
 
 TEST_F(Settings, thatAreAlreadyAmongTheRunningProgramsAreNotMadeSoAgain)

@@ -146,11 +146,11 @@ TEST_F(EngineWindow, showsWhatACommandDoesToTheEngine)
     closeSettings();
     session.zelvane({QStringLiteral("engine"), QStringLiteral("install"), QStringLiteral("fast")});
     session.openSettings();
-    EXPECT_TRUE(session.shows(ready)) << words();
+    EXPECT_TRUE(session.shows(ready));
     closeSettings();
     session.zelvane({QStringLiteral("engine"), QStringLiteral("delete"), QStringLiteral("fast")});
     session.openSettings();
-    EXPECT_TRUE(session.shows(notInstalled)) << words();
+    EXPECT_TRUE(session.shows(notInstalled));
 }
 
 TEST_F(EngineWindow, aCommandCancelsItsInstallation)
