@@ -42,6 +42,14 @@ TEST_F(IconPulseTest, runsOnlyWhileBusy)
     EXPECT_EQ(clock.pendingTimers(), 1);
 }
 
+TEST_F(IconPulseTest, showsWithinAFifthOfASecondThatTheProgramIsBusy)
+{
+    pulse.setBusy(true);
+    clock.advance(200ms);
+    EXPECT_LT(pulse.opacity(), 1);
+    EXPECT_GT(pulse.opacity(), 0.25);
+}
+
 TEST_F(IconPulseTest, comesBackWithinAFifthOfASecond)
 {
     pulse.setBusy(true);

@@ -4,6 +4,7 @@
 #include <QFontMetrics>
 #include <QLayout>
 
+#include <ranges>
 #include <utility>
 
 namespace zelvane {
@@ -70,8 +71,8 @@ int fittingHeight(const QWidget& widget, int width)
     // From the inside out: a layout hears of a change in a widget's own layout only when that one
     // has been activated, which Qt puts off.
     const QList<QWidget*> inner = widget.findChildren<QWidget*>();
-    for (auto child = inner.rbegin(); child != inner.rend(); ++child) {
-        if (QLayout* layout = (*child)->layout()) {
+    for (const QWidget* child : inner | std::views::reverse) {
+        if (QLayout* layout = child->layout()) {
             layout->activate();
         }
     }
