@@ -1,8 +1,10 @@
+#include "settings/LanguageNames.h"
 #include "settings/Localization.h"
 #include "support/Await.h"
 #include "support/TestRunner.h"
 #include "ui/SettingsFixture.h"
 #include "ui/components/LinkLabel.h"
+#include "ui/language/SearchableLanguagePicker.h"
 #include "ui/licenses/ModelLicensesSheet.h"
 #include "ui/onboarding/OnboardingWindow.h"
 #include "ui/sheets/APIKeyEditSheet.h"
@@ -98,6 +100,11 @@ private:
     QFont m_font = QApplication::font();
 };
 
+/// What may be cut where letters are large.
+class UsualFitTest : public FitTest
+{
+};
+
 TEST_P(FitTest, everyTextOfTheSettingsHasRoomInEveryLanguage)
 {
     allowThisTest(std::chrono::seconds(60)); // eighty pages
@@ -156,7 +163,22 @@ TEST_P(FitTest, everySlideHasRoomInEveryLanguage)
     });
 }
 
+TEST_P(UsualFitTest, theHintOfTheLanguageSearchHasRoomInEveryLanguage)
+{
+    inEveryLanguage([this] {
+        SearchableLanguagePicker picker(theme, {.options = offeredLanguages()}, 150);
+        picker.show();
+        picker.togglePopup();
+        QCoreApplication::processEvents();
+        const SearchField& field = *picker.searchField();
+        const QMargins margins = field.textMargins();
+        EXPECT_LE(field.fontMetrics().horizontalAdvance(field.placeholderText()),
+                  field.width() - margins.left() - margins.right());
+    });
+}
+
 INSTANTIATE_TEST_SUITE_P(Usual, FitTest, ::testing::Values(Letters{10, {820, 580}}));
+INSTANTIATE_TEST_SUITE_P(Usual, UsualFitTest, ::testing::Values(Letters{10, {820, 580}}));
 /// The window as large as it gets on a small screen.
 INSTANTIATE_TEST_SUITE_P(VeryLarge, FitTest, ::testing::Values(Letters{20, {1024, 580}}));
 
