@@ -182,20 +182,45 @@ INSTANTIATE_TEST_SUITE_P(Usual, UsualFitTest, ::testing::Values(Letters{10, {820
 /// The window as large as it gets on a small screen.
 INSTANTIATE_TEST_SUITE_P(VeryLarge, FitTest, ::testing::Values(Letters{20, {1024, 580}}));
 
-using OpenSheetTest = SettingsTest;
+class OpenSheetTest : public SettingsTest
+{
+protected:
+    OpenSheetTest() { installLocalization(&defaults); }
+    ~OpenSheetTest() override { installLocalization(nullptr); }
+    Q_DISABLE_COPY_MOVE(OpenSheetTest)
+
+    /// Whether `sheet`, once open, has that title and that button after a change to Spanish.
+    void expectSpanish(Sheet* sheet, const QString& title, const QString& button)
+    {
+        settings.setAppLanguage(AppLanguage::english);
+        QCoreApplication::postEvent(qApp, new QEvent(QEvent::LanguageChange));
+        sheet->present();
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(shows(title));
+        settings.setAppLanguage(AppLanguage::spanish);
+        QCoreApplication::postEvent(qApp, new QEvent(QEvent::LanguageChange));
+        EXPECT_TRUE(waitUntil([&] { return shows(title); })) << title.toStdString();
+        EXPECT_NE(named<TextButton>(button), nullptr) << button.toStdString();
+        sheet->dismiss();
+    }
+};
 
 TEST_F(OpenSheetTest, speaksAnotherLanguageAtOnce)
 {
-    installLocalization(&defaults);
-    settings.setAppLanguage(AppLanguage::english);
     SettingsView& below = open(SettingsCategory::general);
-    (new ModelLicensesSheet(theme, below))->present();
-    EXPECT_TRUE(shows(QStringLiteral("Third-Party Licenses")));
-    settings.setAppLanguage(AppLanguage::spanish);
-    QCoreApplication::postEvent(qApp, new QEvent(QEvent::LanguageChange));
-    EXPECT_TRUE(waitUntil([this] { return shows(QStringLiteral("Licencias de terceros")); }));
-    EXPECT_NE(named<TextButton>(QStringLiteral("Listo")), nullptr);
-    installLocalization(nullptr);
+    expectSpanish(new ModelLicensesSheet(theme, below), QStringLiteral("Licencias de terceros"),
+                  QStringLiteral("Listo"));
+    expectSpanish(
+        new HotKeyBindSheet(theme, below,
+                            std::make_unique<HotKeyBindModel>(QStringLiteral("ANY-DE"),
+                                                              std::nullopt, QSet<KeyChord>())),
+        QStringLiteral("Asignar teclas"), QStringLiteral("Guardar"));
+    expectSpanish(
+        new PromptEditSheet(theme, below,
+                            std::make_unique<PromptEditModel>(QStringLiteral("ANY-DE"), QString())),
+        QStringLiteral("Prompt propio"), QStringLiteral("Guardar"));
+    expectSpanish(new APIKeyEditSheet(theme, below, APIKeyEditModel(QStringLiteral("ChatGPT"), {})),
+                  QStringLiteral("Clave de API"), QStringLiteral("Guardar"));
 }
 
 } // namespace
