@@ -1,4 +1,5 @@
 #include "ui/components/TextWell.h"
+#include "ui/components/FocusRing.h"
 
 #include "ui/UiFixture.h"
 #include "ui/components/LongParagraphs.h"
@@ -59,6 +60,14 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return info.param.first; });
 
 using TextWellTest = UiTest;
+
+TEST_F(TextWellTest, isLessRoundWithinACard)
+{
+    TextWell well(theme);
+    EXPECT_EQ(focusRadius(well, theme), 12);
+    well.setInCard(true);
+    EXPECT_EQ(focusRadius(well, theme), 8);
+}
 
 TEST_F(TextWellTest, scrollsATextThatIsHigherThanItsLimit)
 {

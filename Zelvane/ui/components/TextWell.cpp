@@ -211,7 +211,19 @@ void TextWell::resizeEvent(QResizeEvent*)
 void TextWell::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    TranslatorContentWellModifier{m_theme.tokens()}.paint(painter, rect(), m_theme.colors());
+    TranslatorContentWellModifier{m_theme.tokens(), cornerRadius()}.paint(painter, rect(),
+                                                                          m_theme.colors());
+}
+
+void TextWell::setInCard(bool isInCard)
+{
+    m_isInCard = isInCard;
+    restyle();
+}
+
+double TextWell::cornerRadius() const
+{
+    return m_isInCard ? m_theme.tokens().controlRadius() : m_theme.tokens().wellRadius();
 }
 
 void TextWell::restyle()
@@ -228,7 +240,7 @@ void TextWell::restyle()
         palette.setColor(group, QPalette::HighlightedText, colors.text);
     }
     m_editor->setPalette(palette);
-    setProperty(focusRadiusProperty, m_theme.tokens().wellRadius());
+    setProperty(focusRadiusProperty, cornerRadius());
     updateGeometry();
     update();
 }

@@ -46,6 +46,9 @@ public:
     /// Beyond this height of the whole well the text scrolls.
     void setMaximumSectionHeight(int height);
 
+    /// Stands within a card: as round as a control, since its corners lie inside those of the card.
+    void setInCard(bool isInCard);
+
     /// What a screen reader says of the text area.
     void setLabel(const QString& label);
 
@@ -68,6 +71,7 @@ protected:
 private:
     void connectScrollBar();
     void restyle();
+    [[nodiscard]] double cornerRadius() const;
 
     const Theme& m_theme;
     WellHeight m_height;
@@ -76,6 +80,7 @@ private:
     SlimScrollBar* m_scrollBar;
     QString m_text;
     int m_maximumHeight = QWIDGETSIZE_MAX;
+    bool m_isInCard = false;
 };
 
 } // namespace zelvane

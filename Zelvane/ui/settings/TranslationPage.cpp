@@ -92,6 +92,7 @@ void TranslationPage::makePrompt()
     column->addWidget(m_promptTitle);
     m_prompt = new TextWell(theme);
     m_prompt->setMaximumSectionHeight(promptHeight);
+    m_prompt->setInCard(true);
     column->addWidget(m_prompt);
     m_promptButtons = new FormRow(theme);
     m_editPrompt = new TextButton(theme, ControlKind::bordered);
