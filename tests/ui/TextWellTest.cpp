@@ -1,7 +1,7 @@
 #include "ui/components/TextWell.h"
-#include "ui/components/FocusRing.h"
 
 #include "ui/UiFixture.h"
+#include "ui/components/FocusRing.h"
 #include "ui/components/LongParagraphs.h"
 #include "ui/components/SlimScrollBar.h"
 #include "ui/components/TextMeasure.h"
