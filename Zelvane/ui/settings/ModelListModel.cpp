@@ -45,6 +45,19 @@ void ModelListModel::saveKey(const QString& key)
         m_settings.clearKey(m_settings.provider());
     }
     load(Force::yes);
+    if (!trimmed.isEmpty() && !listsModels(m_settings.provider())) {
+        // No listing will prove it.
+        m_loads.start([this](std::stop_token stop) { return storeUnproved(std::move(stop)); });
+    }
+}
+
+QCoro::Task<void> ModelListModel::storeUnproved(std::stop_token stop)
+{
+    const bool saved = co_await m_settings.saveKey();
+    if (!stop.stop_requested() && !saved) {
+        m_modelsError = localizedText(
+            QStringLiteral("The API key could not be saved. Try saving the key again."));
+    }
 }
 
 void ModelListModel::providerChanged()

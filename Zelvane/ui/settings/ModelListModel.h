@@ -51,7 +51,8 @@ public:
     void refresh() { load(Force::yes); }
 
     /// What the user typed as the provider's key, without white space at its ends. A key is tried
-    /// at once and stored when it works; an empty one clears the stored key.
+    /// at once and stored when it works, or as it is where nothing can be tried; an empty one
+    /// clears the stored key.
     void saveKey(const QString& key);
 
 private:
@@ -62,6 +63,7 @@ private:
     void load(Force force);
     [[nodiscard]] QCoro::Task<void> fetch(AIProvider provider, QString key, std::stop_token stop);
     [[nodiscard]] QCoro::Task<void> take(QList<RemoteModel> models, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<void> storeUnproved(std::stop_token stop);
     void settleModel();
 
     AppSettings& m_settings;

@@ -382,6 +382,33 @@ TEST_F(ModelListModelTest, anEmptiedKeyIsDeletedFromTheStore)
     EXPECT_EQ(settings.apiKey(), QString());
 }
 
+TEST_F(ModelListModelTest, aKeyThatNoListingCanProveIsStoredAsItIs)
+{
+    settings.setProvider(AIProvider::deepL);
+    QCoreApplication::processEvents();
+    ModelListModel& model = opened(QString());
+    model.saveKey(QStringLiteral(" dl-1\n"));
+    EXPECT_EQ(backend.items.value(QStringLiteral("zv.apiKey.DeepL")), QByteArray("dl-1"));
+    EXPECT_EQ(model.modelsError(), QString());
+    EXPECT_FALSE(model.apiKeyVerified());
+    EXPECT_THAT(listing.calls, IsEmpty());
+
+    model.saveKey(QString());
+    EXPECT_FALSE(backend.items.contains(QStringLiteral("zv.apiKey.DeepL")));
+}
+
+TEST_F(ModelListModelTest, tellsThatAKeyWhichNothingProvesCouldNotBeStored)
+{
+    backend.addStatus = SecretStatus::otherFailure;
+    settings.setProvider(AIProvider::deepL);
+    QCoreApplication::processEvents();
+    ModelListModel& model = opened(QString());
+    model.saveKey(QStringLiteral("dl-1"));
+    EXPECT_EQ(model.modelsError(),
+              QStringLiteral("The API key could not be saved. Try saving the key again."));
+    EXPECT_EQ(settings.apiKey(), QStringLiteral("dl-1"));
+}
+
 TEST_F(ModelListModelTest, anAnswerAfterTheEndIsNobodys)
 {
     opened();
