@@ -186,21 +186,23 @@ TEST_F(TranslationPageTest, aModelIsPickedByItsName)
 
 TEST_F(TranslationPageTest, refreshingAsksAgainAndSaysThatItLoads)
 {
-    const Completion<QList<RemoteModel>> answer;
+    QList<Completion<QList<RemoteModel>>> answers;
     use(AIProvider::chatGPT);
     settings.setApiKey(QStringLiteral("sk-1"));
-    services.fetchModels = [this, answer](AIProvider provider, QString key, std::stop_token) {
-        asked.append(rawValue(provider) + u' ' + key);
-        return waited(answer);
+    services.fetchModels = [&answers](AIProvider, QString, std::stop_token) {
+        answers.emplaceBack();
+        return waited(answers.last());
     };
     openPage();
-    EXPECT_THAT(asked, SizeIs(1));
+    EXPECT_THAT(answers, SizeIs(1));
     EXPECT_TRUE(shows(QStringLiteral("Loading models…")));
     named<TextButton>(QStringLiteral("Refresh models"))->click();
-    EXPECT_THAT(asked, SizeIs(2));
-    answer.succeed(listed);
-    QCoreApplication::processEvents();
+    ASSERT_THAT(answers, SizeIs(2));
+    answers[0].succeed(QList<RemoteModel>());
+    EXPECT_TRUE(shows(QStringLiteral("Loading models…")));
+    answers[1].succeed(listed);
     EXPECT_FALSE(shows(QStringLiteral("Loading models…")));
+    EXPECT_FALSE(shows(QStringLiteral("Custom model ID")));
 }
 
 TEST_F(TranslationPageTest, anEmptyListTurnsOnTheFieldForAModel)
