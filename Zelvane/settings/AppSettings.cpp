@@ -306,6 +306,7 @@ QCoro::Task<bool> AppSettings::saveKey()
         co_return true;
     }
     const QPointer self(this);
+    const quint64 changes = m_keyChanges;
     const auto write = [&secrets = m_secrets, key, account] { return secrets.write(key, account); };
     bool stored = false;
     if (m_worker) {
@@ -313,7 +314,8 @@ QCoro::Task<bool> AppSettings::saveKey()
     } else {
         stored = write();
     }
-    if (self && stored) {
+    // A key that was changed meanwhile may have been cleared as well.
+    if (self && stored && changes == m_keyChanges) {
         m_lastPersistedAPIKeyByAccount.insert(account, key);
     }
     co_return stored;

@@ -98,6 +98,27 @@ TEST_F(SlowSecrets, areSavedWithoutHoldingUpTheCaller)
     EXPECT_EQ(backend.stored, QByteArray("new"));
 }
 
+TEST_F(SlowSecrets, thatWereClearedWhileTheyWereSavedAreSavedAgain)
+{
+    load();
+    backend.goOn.release();
+    ASSERT_TRUE(keyBecomes(QStringLiteral("key of zv.apiKey.ChatGPT")));
+    backend.asked.acquire(backend.asked.available());
+    settings->setApiKey(QStringLiteral("new"));
+    QCoro::Task<bool> saving = settings->saveKey();
+    ASSERT_TRUE(backend.asked.tryAcquire(1, 5000));
+    settings->setApiKey(QString());
+    settings->clearKey(AIProvider::chatGPT);
+    backend.goOn.release();
+    EXPECT_TRUE(await(std::move(saving)));
+
+    settings->setApiKey(QStringLiteral("new"));
+    QCoro::Task<bool> again = settings->saveKey();
+    EXPECT_TRUE(backend.asked.tryAcquire(1, 1000));
+    backend.goOn.release();
+    EXPECT_TRUE(await(std::move(again)));
+}
+
 TEST_F(SlowSecrets, doNotReplaceAKeyThatWasTypedMeanwhile)
 {
     load();
