@@ -41,7 +41,10 @@ protected:
 
     QString openPopup()
     {
-        session.openReader(QStringLiteral("hello world"));
+        if (m_reader.isEmpty()) {
+            m_reader = session.openReader(QStringLiteral("hello world"));
+        }
+        session.desktop.focusWindow(m_reader);
         session.selectAll();
         session.key(ZelvaneSession::toGerman);
         session.waitForReport(++m_runs);
@@ -77,6 +80,7 @@ protected:
 
 private:
     int m_runs = 0;
+    QString m_reader;
 };
 
 TEST_F(TwoMonitors, theTranslationWindowOpensWhereItWasLeft)
