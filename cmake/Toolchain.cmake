@@ -39,7 +39,8 @@ endif()
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS QT_NO_FOREACH)
 
 if(ZELVANE_SANITIZE)
-    add_compile_options(-fsanitize=${ZELVANE_SANITIZE} -fno-omit-frame-pointer)
+    add_compile_options(-fsanitize=${ZELVANE_SANITIZE} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ZELVANE_SANITIZE})
 endif()
 
