@@ -214,7 +214,7 @@ QList<Change> changes()
 /// Changes what an open window stands on, in each window that shows it.
 class Restyle : public UiTest, public ::testing::WithParamInterface<std::tuple<Kind, Change>>
 {
-protected:
+public:
     Restyle()
     {
         // Neither the caret nor the pointer may make a difference.
@@ -231,6 +231,7 @@ protected:
         QApplication::setStyle(QStringLiteral("Fusion"));
     }
 
+protected:
     [[nodiscard]] std::unique_ptr<Shown> open()
     {
         auto shown = std::get<Kind>(GetParam()).open({theme, windows, origins, settings, clock});
@@ -250,7 +251,7 @@ private:
 
 TEST_P(Restyle, ofAnOpenWindowLooksAsIfItHadOpenedAfterwards)
 {
-    const Change& change = std::get<Change>(GetParam());
+    const auto& change = std::get<Change>(GetParam());
     std::unique_ptr<Shown> shown = open();
     const QImage before = picture(*shown);
     change.apply(tokens, appearance);
