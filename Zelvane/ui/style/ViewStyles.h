@@ -31,7 +31,7 @@ struct TranslatorListRowButtonStyle
 struct TranslatorFloatingGlassModifier
 {
     const StyleTweaker& tweaker;
-    bool reduceTransparency;
+    bool reduceTransparency = false;
     /// The tokens' `panelRadius` without it.
     std::optional<double> cornerRadius = std::nullopt;
 
