@@ -95,6 +95,7 @@ GlossaryDownloadsView::GlossaryDownloadsView(const Theme& theme, const AppSettin
                                              GlossaryManager& manager)
     : m_theme(theme)
     , m_model(settings, manager)
+    , m_proposed(new QWidget)
     , m_list(new QVBoxLayout)
     , m_source(new SearchableLanguagePicker(theme, publishedLanguages(), manualPickerWidth))
     , m_target(new SearchableLanguagePicker(theme, publishedLanguages(), manualPickerWidth))
@@ -103,13 +104,13 @@ GlossaryDownloadsView::GlossaryDownloadsView(const Theme& theme, const AppSettin
 {
     m_problem->setWordWrap(true);
     // In a widget of their own, for screen readers find rows in the order of their making.
-    auto* list = new QWidget;
-    list->setLayout(m_list);
-    m_list->setContentsMargins(0, 0, 0, 0);
+    auto* proposed = new QVBoxLayout(m_proposed);
+    proposed->setContentsMargins(0, 0, 0, 0);
+    proposed->addLayout(m_list);
+    proposed->addWidget(new Divider(theme));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->addWidget(list);
-    column->addWidget(new Divider(theme));
+    column->addWidget(m_proposed);
     column->addWidget(makeManualRow());
     column->addWidget(m_problem);
     connect(m_source, &SearchableLanguagePicker::selectionChosen, &m_model,
@@ -119,8 +120,9 @@ GlossaryDownloadsView::GlossaryDownloadsView(const Theme& theme, const AppSettin
     connect(m_download, &QAbstractButton::clicked, &m_model,
             &GlossaryDownloadsModel::installManual);
     connect(&m_model, &GlossaryDownloadsModel::changed, this, &GlossaryDownloadsView::update);
-    keepStyled(*this, theme, [this, column] {
+    keepStyled(*this, theme, [this, proposed, column] {
         const int gap = qRound(m_theme.tokens().spacing().md);
+        proposed->setSpacing(gap);
         column->setSpacing(gap);
         m_list->setSpacing(gap);
     });
@@ -184,6 +186,7 @@ void GlossaryDownloadsView::update()
 {
     const QList<GlossaryRow> rows = m_model.rows();
     addRows(rows.size());
+    m_proposed->setVisible(!rows.isEmpty());
     for (qsizetype i = 0; i < m_rows.size(); ++i) {
         m_rows[i]->setVisible(i < rows.size());
         if (i < rows.size()) {

@@ -41,6 +41,7 @@ private:
     GlossaryDownloadsModel m_model;
     QList<Row*> m_rows;
     // All owned by Qt's tree.
+    QWidget* m_proposed; ///< the rows and the line below them
     QVBoxLayout* m_list;
     SearchableLanguagePicker* m_source;
     SearchableLanguagePicker* m_target;

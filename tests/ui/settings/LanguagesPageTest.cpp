@@ -3,6 +3,8 @@
 #include "settings/FactorySettings.h"
 #include "support/Await.h"
 #include "ui/SettingsFixture.h"
+#include "ui/components/Form.h"
+#include "ui/glossary/GlossaryDownloadsView.h"
 #include "ui/sheets/HotKeyBindSheet.h"
 #include "ui/sheets/KeyCapture.h"
 #include "ui/sheets/PromptEditSheet.h"
@@ -319,6 +321,23 @@ TEST_F(LanguagesPageTest, aFailedDictionaryOffersToRetryWhichDoesNothing)
     named<TextButton>(QStringLiteral("Retry German → English (US)"))->click();
     QCoreApplication::processEvents();
     EXPECT_EQ(transport.requests().size(), requests);
+}
+
+TEST_F(LanguagesPageTest, noLineStandsBelowAListOfGlossariesThatIsEmpty)
+{
+    GlossaryManager english({defaults,
+                             transport,
+                             clock,
+                             folder.path(),
+                             {QStringLiteral("en-US"), QStringLiteral("English (US)")}});
+    settings.setPairs({});
+    GlossaryDownloadsView list(theme, settings, english);
+    list.show();
+    const auto* line = list.findChild<Divider*>();
+    EXPECT_FALSE(line->isVisible());
+    settings.addPair();
+    change(0, [](LanguagePair& pair) { pair.target = QStringLiteral("German"); });
+    EXPECT_TRUE(line->isVisible());
 }
 
 } // namespace
