@@ -35,6 +35,7 @@ QWidget* blockOf(const Theme& theme, const ModelLicenseCatalog::Entry& entry)
     column->setSpacing(2);
     column->addWidget(name);
     column->addWidget(holder);
+    column->addSpacing(qRound(theme.tokens().spacing().xs)); // for the ring around a link
     auto* links = new QHBoxLayout;
     links->setContentsMargins(0, 0, 0, 0);
     links->setSpacing(qRound(theme.tokens().spacing().lg));
