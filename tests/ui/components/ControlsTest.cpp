@@ -156,8 +156,10 @@ TEST_F(ControlsTest, switchMovesSmoothlyUnlessMotionIsUnwanted)
     appearance.setReducedMotion(false);
     control.setChecked(true);
     EXPECT_NE(pixel(control, {3, control.height() / 2}), theme.colors().accent);
-    EXPECT_TRUE(waitUntil(
-        [&] { return pixel(control, {3, control.height() / 2}) == theme.colors().accent; }));
+    const auto hasArrived = [&] {
+        return pixel(control, {3, control.height() / 2}) == theme.colors().accent;
+    };
+    EXPECT_TRUE(waitUntil(hasArrived));
 }
 
 TEST_F(ControlsTest, switchIsMirroredFromRightToLeft)
