@@ -90,6 +90,21 @@ int RowLayout::contentHeight(int width) const
                : m_content->sizeHint().height();
 }
 
+void RowLayout::invalidate()
+{
+    m_arrangedWidth = -1;
+    QLayout::invalidate();
+}
+
+const RowLayout::Arrangement& RowLayout::arranged(int width) const
+{
+    if (m_arrangedWidth != width) {
+        m_arrangement = arrange(width);
+        m_arrangedWidth = width;
+    }
+    return m_arrangement;
+}
+
 RowLayout::Arrangement RowLayout::arrange(int width) const
 {
     Arrangement arrangement{std::vector<QRect>(m_items.size()), 0};
@@ -177,7 +192,7 @@ QSize RowLayout::minimumSize() const
 int RowLayout::heightForWidth(int width) const
 {
     const QMargins margins = contentsMargins();
-    return arrange(width - margins.left() - margins.right()).height + margins.top() +
+    return arranged(width - margins.left() - margins.right()).height + margins.top() +
            margins.bottom();
 }
 
@@ -185,7 +200,7 @@ void RowLayout::setGeometry(const QRect& rect)
 {
     QLayout::setGeometry(rect);
     const QRect inside = rect.marginsRemoved(contentsMargins());
-    const Arrangement arrangement = arrange(inside.width());
+    const Arrangement arrangement = arranged(inside.width());
     // What the row is higher than it needs to be goes to both of its sides.
     const int spare = std::max(0, (inside.height() - arrangement.height) / 2);
     for (std::size_t i = 0; i < m_items.size(); ++i) {

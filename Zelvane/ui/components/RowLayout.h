@@ -34,6 +34,7 @@ public:
     [[nodiscard]] int heightForWidth(int width) const override;
     [[nodiscard]] Qt::Orientations expandingDirections() const override { return Qt::Horizontal; }
     void setGeometry(const QRect& rect) override;
+    void invalidate() override;
 
 private:
     /// Where each item stands in a row at 0, 0; an empty place for those that don't show.
@@ -45,6 +46,8 @@ private:
 
     [[nodiscard]] bool isControl(const QLayoutItem& item) const;
     [[nodiscard]] int controlsWidth() const;
+    /// Known from the last time, if nothing has changed since: the layouts around ask often.
+    [[nodiscard]] const Arrangement& arranged(int width) const;
     [[nodiscard]] Arrangement arrange(int width) const;
     void arrangeBeside(Arrangement& arrangement, int width) const;
     void arrangeBelow(Arrangement& arrangement, int width) const;
@@ -52,6 +55,8 @@ private:
 
     std::vector<QLayoutItem*> m_items;
     QLayoutItem* m_content = nullptr; ///< one of the items
+    mutable Arrangement m_arrangement;
+    mutable int m_arrangedWidth = -1; ///< the width that `m_arrangement` is for
 };
 
 } // namespace zelvane
