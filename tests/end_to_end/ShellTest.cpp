@@ -112,10 +112,9 @@ TEST(Shell, withoutTheTestExtensionItSaysWhatIsMissingAndLivesOn)
     // Otherwise it gets the signal twice, and the second one ends it at once.
     const QString once = QStringLiteral("--foreground");
     const auto outcome = session.desktop.run(
-        QStringLiteral("timeout"),
-        {once, QStringLiteral("--preserve-status"), QStringLiteral("3"),
-         QStringLiteral(ZELVANE_PROGRAM), QStringLiteral("--profile"),
-         session.desktop.home() + QStringLiteral("/profile")});
+        QStringLiteral("timeout"), {once, QStringLiteral("--preserve-status"), QStringLiteral("3"),
+                                    QStringLiteral(ZELVANE_PROGRAM), QStringLiteral("--profile"),
+                                    session.desktop.home() + QStringLiteral("/profile")});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(outcome.errors.contains("zelvane-desk: The X server lacks the extension XTEST"));
 }
